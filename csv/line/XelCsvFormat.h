@@ -1,0 +1,26 @@
+// How the lines of a file are written: a class for each of the 256 bytes.
+#pragma once
+
+// Bytes of a line at most, its terminator included: lines of 9999 bytes are read at once, longer ones in pieces.
+constexpr long XelLineSize = 10000;
+
+// What a byte means inside a line.
+enum class XelByteClass : unsigned char { Text, Separator, SpaceSeparator, Quote, Decimal, LineEnd };
+
+// The bytes of a line by class. A terminator, a line feed and a carriage return end a line whatever the settings say; a
+// separator goes before the quote, the quote before the decimal character.
+class XelCsvFormat {
+ public:
+  XelCsvFormat(const char* separators, char decimal, char quote);
+
+  XelByteClass getClass(char byte) const { return classes[static_cast<unsigned char>(byte)]; }
+
+  // Whether the byte separates fields outside quotes. A line end does not.
+  bool isSeparator(char byte) const {
+    const XelByteClass found = getClass(byte);
+    return found == XelByteClass::Separator || found == XelByteClass::SpaceSeparator;
+  }
+
+ private:
+  XelByteClass classes[256];
+};

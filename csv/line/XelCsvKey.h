@@ -1,0 +1,47 @@
+// The composed key of a line: its key values joined with "-".
+#pragma once
+
+#include <cstdarg>
+
+#include "csv/line/XelCsvText.h"
+#include "env/XelEnvOwned.h"
+
+// Joins values with "-", no "-" at either end. Grows as needed; used again for the next line without a new allocation.
+class XelCsvKey {
+ public:
+  explicit XelCsvKey(XelEnv environment) : env(environment) {}
+
+  // Begins a new key, which is empty until values come.
+  void clear() { length = values = 0; }
+
+  // Appends a value. Throws std::bad_alloc.
+  void add(const XelCsvSpan& value);
+
+  // The key so far.
+  XelCsvSpan getText() const { return {text.get(), text.get() + length}; }
+
+  // The key in an environment string of exactly its length + 1 bytes. Throws std::bad_alloc.
+  XelEnvBlock<char> copy() const { return XelCopyString(env, text.get(), length); }
+
+ private:
+  void append(const char* from, long count);
+
+  XelEnv env;
+  XelEnvBlock<char> text;
+  long length = 0;
+  long values = 0;
+};
+
+// The key of numberOfKeys values that a caller gave: first, then the ones of the list, each a const char*. No block when one
+// of the values is null, for no line has such a key. With 0 keys no value is looked at. Throws std::bad_alloc.
+XelEnvBlock<char> XelComposeKey(XelEnv env, long numberOfKeys, const char* first, std::va_list others);
+
+// Looks a composed key up in a table or file reader. Its getLineByKey frees the key when it throws and leaves it when the
+// line comes back.
+template <class Reader>
+auto XelGetLineByKey(Reader& reader, XelEnvBlock<char> key) {
+  const char* given = key.release();
+  auto* line = reader.getLineByKey(given);
+  XelFreeString(reader.getEnv(), given);
+  return line;
+}

@@ -1,0 +1,92 @@
+// One formatted line with its fields.
+#pragma once
+
+#include "csv/line/XelCsvFormat.h"
+#include "env/XelEnvOwned.h"
+
+class XelCsvTableReaderI;
+
+// A line record: the fields of a line, back to back in one block, and where each begins. It belongs to a table, which it
+// asks for headings, name and number parsing; its destruction looks at no table. The number of fields is fixed when the
+// record is built.
+class XelCsvLineI : public XelEnvResident {
+ public:
+  // A record without text, fields or line number; table may be null.
+  XelCsvLineI(XelEnv environment, XelCsvTableReaderI* table);
+
+  // A record of formatted text: as many fields as table formatted last. Throws std::bad_alloc.
+  XelCsvLineI(const char* formatted, XelCsvTableReaderI* table, long number);
+
+  // A record that takes over a block of XelLineSize bytes that holds the line that table formatted last.
+  // Throws std::bad_alloc.
+  XelCsvLineI(XelEnvBlock<char> formatted, XelCsvTableReaderI* table, long number);
+
+  // The same with the starts of its fields, which point into the block. Throws std::bad_alloc.
+  XelCsvLineI(XelEnvBlock<char> formatted, char* const* starts, XelCsvTableReaderI* table, long number);
+
+  virtual ~XelCsvLineI();
+  XelCsvLineI(const XelCsvLineI&) = delete;
+  XelCsvLineI& operator=(const XelCsvLineI&) = delete;
+
+  // Copies the record's number of fields out of formatted text, XelLineSize bytes at most, into storage of its own.
+  // Throws std::bad_alloc.
+  void init(const char* formatted);
+
+  // Notes in starts where each field of the text begins, and answers the position after the last field. Never looks
+  // beyond XelLineSize bytes: fields that are not there are empty.
+  char* setFieldsToLine(char** starts) const;
+
+  // Bytes that the record's number of fields take in formatted text, terminators included; XelLineSize at most.
+  long computeLength(const char* formatted) const;
+
+  // Uses the caller's storage without copying: a line that table formatted last, and an array for its fields. The storage
+  // stays the caller's and is never freed by the record.
+  void buildCsvLine(char* formatted, char** starts, long number, XelCsvTableReaderI* table);
+
+  // The same with the starts of the fields already in the array.
+  void adoptFields(char* formatted, char** starts, long number, XelCsvTableReaderI* table);
+
+  // Makes this record a copy of other, packed: only the fields. From null it becomes empty. Throws std::bad_alloc, the
+  // record then is as before.
+  void copy(const XelCsvLineI* other);
+
+  // Throws XelFieldNotFoundException, naming the operation, unless 0 <= position < getNumberOfFields().
+  void check(const char* operation, long position) const;
+
+  // Whether a field holds no character. Throws XelFieldNotFoundException, and by heading
+  // XelColumnHeaderNotFoundException.
+  bool emptyFieldByPosition(long position) const;
+  bool emptyFieldByHeader(const char* heading) const;
+
+  // Removes the spaces at either end of a field in place and answers it; only for a position that is there.
+  const char* trimField(long position) const;
+
+  // Gives the record's own storage back and lets go of any other: no text, no fields.
+  void clear();
+
+  long getNumberOfFields() const { return numberOfFields; }
+  long getLineNumber() const { return lineNumber; }
+  XelEnv getEnv() const { return env; }
+  XelCsvTableReaderI* getTableReader() const { return tableReader; }
+  char* getText() const { return text; }
+  char** getFields() const { return fields; }
+
+  // Points the record at another table, the one that keeps it.
+  void setTableReader(XelCsvTableReaderI* table) { tableReader = table; }
+
+  // Whether the user ends the record through its handle; otherwise it stays with a table, a handle or an iterator.
+  bool isUsers() const { return users; }
+  void setUsers() { users = true; }
+
+ private:
+  void take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields);
+
+  char* text = nullptr;
+  char** fields = nullptr;
+  XelCsvTableReaderI* tableReader;
+  long lineNumber;
+  XelEnv env;
+  long numberOfFields;
+  bool ownsStorage = false;
+  bool users = false;
+};

@@ -1,0 +1,106 @@
+#include "csv/line/XelCsvLines.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr long LongestLine = XelLineSize - 1;
+constexpr long OneLineBlock = 512;
+constexpr long FirstBlock = 4096;
+constexpr long LargestBlock = 256 * 1024;
+constexpr long BlockGrowth = 4;
+
+}  // namespace
+
+int XelCsvLines::open(const char* fileName, const char* mode, XelCsvReach reach) {
+  close();
+  capacity = reach == XelCsvReach::OneLine ? OneLineBlock : FirstBlock;
+  return file.open(fileName, mode);
+}
+
+void XelCsvLines::close() {
+  file.close();
+  block = XelEnvBlock<char>();
+  blockOffset = next = filled = 0;
+  line = {nullptr, nullptr};
+  fileEnded = ended = false;
+}
+
+bool XelCsvLines::seek(long offset) {
+  ended = false;
+  if (offset >= blockOffset && offset < blockOffset + filled) {  // iterating an index mostly goes a line ahead
+    next = offset - blockOffset;
+    return true;
+  }
+  fileEnded = false;
+  next = filled = 0;
+  blockOffset = offset;
+  line = {nullptr, nullptr};
+  return file.seek(offset);
+}
+
+bool XelCsvLines::read() {
+  for (;;) {
+    const char* begin = block.get() + next;
+    const long there = filled - next;
+    const long searched = std::min(there, LongestLine);
+    const void* feed = searched > 0 ? std::memchr(begin, '\n', static_cast<std::size_t>(searched)) : nullptr;
+    long length = 0;
+    if (feed != nullptr) {
+      length = static_cast<const char*>(feed) - begin + 1;
+    } else if (there >= LongestLine) {
+      length = LongestLine;
+    } else if (!fileEnded) {
+      fill();
+      continue;
+    } else {
+      // What a failed read left of a line is not taken for the line.
+      ended = true;
+      if (there == 0 || file.hasFailed()) return false;
+      length = there;
+    }
+    line = {begin, begin + length};
+    next += length;
+    return true;
+  }
+}
+
+// Reads on behind the bytes of the block; when it is full, the bytes from the current line on move to a larger block, or to
+// the front once it is as large as blocks get. The current line stays because a caller may still look at it when no other
+// follows. Blocks grow by more than the two lines that may have to be kept.
+void XelCsvLines::fill() {
+  if (filled == block.getCount()) {
+    const long kept = line.begin == nullptr ? next : line.begin - block.get();
+    const long rest = filled - kept;
+    if (block.getCount() != capacity) {
+      XelEnvBlock<char> larger(env, capacity);
+      if (rest > 0) std::memcpy(larger.get(), block.get() + kept, static_cast<std::size_t>(rest));
+      block = std::move(larger);
+    } else {
+      std::memmove(block.get(), block.get() + kept, static_cast<std::size_t>(rest));
+    }
+    capacity = std::min(capacity * BlockGrowth, LargestBlock);
+    if (line.begin != nullptr) line = {block.get(), block.get() + line.getLength()};
+    blockOffset += kept;
+    next -= kept;
+    filled = rest;
+  }
+  const long wanted = block.getCount() - filled;
+  const long came = file.read(block.get() + filled, wanted);
+  filled += came;
+  fileEnded = came < wanted;
+}
+
+bool XelCsvLines::skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset) {
+  anyRead = false;
+  while (!ended) {
+    ++lineNumber;
+    offset = getOffset();
+    if (!read()) break;
+    anyRead = true;
+    const bool isComment = line.begin[0] == comment;
+    if (!isComment && !XelIsEmptyLine(line.begin, line.end)) return true;
+  }
+  return false;
+}

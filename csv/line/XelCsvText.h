@@ -1,0 +1,43 @@
+// Functions on the text of a line alone: formatting, trimming, first field, emptiness.
+#pragma once
+
+#include "csv/line/XelCsvFormat.h"
+
+// A stretch of text that is not its own.
+struct XelCsvSpan {
+  const char* begin;
+  const char* end;
+
+  long getLength() const { return end - begin; }
+};
+
+// What formatting a line gives.
+struct XelFormattedLine {
+  long length;  // bytes written, the last terminator included
+  long fields;  // number of fields, at least 1
+};
+
+// Formats the raw line [from, end) into to: fields, each zero-terminated, back to back. Separators outside quotes end a
+// field, quotes switch the quoted state and vanish, the decimal character becomes '.', the line ends at its first line
+// feed, carriage return or zero byte, or at end. A space that is a separator and follows a separator outside quotes
+// vanishes.
+//
+// to may be from itself, and must have room for the bytes up to the line's end and a terminator. When fields is not null
+// it gets the start of each field, as many as there are bytes and one more at most.
+XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
+                               char** fields = nullptr);
+
+// Whether formatting a text would give the same text as one field again.
+bool XelIsSettledText(const char* text, const XelCsvFormat& format);
+
+// The text without the spaces (code 32 only) at either end.
+XelCsvSpan XelTrimmed(const char* begin, const char* end);
+
+// Removes the spaces at either end of a zero-terminated text in place.
+void XelTrim(char* text);
+
+// The raw line's first field: up to the first separator, line feed, carriage return or zero byte. Quotes do not count.
+XelCsvSpan XelFirstField(const char* begin, const char* end, const XelCsvFormat& format);
+
+// Whether the line [begin, end) holds only spaces and tabs before its line feed, carriage return, zero byte or end.
+bool XelIsEmptyLine(const char* begin, const char* end);

@@ -1,0 +1,150 @@
+#include "csv/table/XelCachedCsvTableReaderI.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "csv/errors/XelCsvOpen.h"
+#include "csv/line/XelCsvLineI.h"
+#include "csv/table/XelCsvScan.h"
+
+XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelEnv environment)
+    : XelCsvTableReaderI(environment),
+      lineOffsets(environment, XeldReaderHashFunction, XeldReaderCmpFunction, XelBucketCount) {
+  lineKeys = XelArray<const char*>(environment, 0);
+}
+
+XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName,
+                                                   const OffsetAndLineNumber* start, Unindexed)
+    : XelCsvTableReaderI(fileReader, tableName, start),
+      lineOffsets(env, XeldReaderHashFunction, XeldReaderCmpFunction, XelBucketCount) {
+  lineKeys = XelArray<const char*>(env, 0);
+}
+
+XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName,
+                                                   const OffsetAndLineNumber* start)
+    : XelCachedCsvTableReaderI(fileReader, tableName, start, Unindexed()) {
+  // A file that opened but could not be read, a directory, is as good as one that did not open.
+  if (getOpenError() == 0 && !XelHasOpenErrorText(errno)) makeIndex();
+}
+
+XelCachedCsvTableReaderI::~XelCachedCsvTableReaderI() {
+  clearCachedTable();
+  lineKeys.end();
+}
+
+void XelCachedCsvTableReaderI::makeIndex() {
+  if (!tryOpen(file)) return;
+  if (!file.seek(firstDataOffset)) XelCsvErrors::corruptedIndexedTable(getSite());
+  duplicatedLine = stockLineOffsets(file);
+  file.close();
+}
+
+long XelCachedCsvTableReaderI::stockLineOffsets(XelCsvLines& lines) {
+  XelCsvScan scan(this, lines);
+  XelCsvKey key(env);
+  while (scan.next() && scan.isInside()) {
+    scan.format();
+    if (isSplit() && !scan.isOwn()) continue;
+    scan.checkNumberOfKeys();
+    scan.composeKey(key);
+    XelEnvBlock<char> copy = key.copy();
+    lineKeys.add(copy.get());
+    const char* listed = copy.release();
+    XelEnvBlock<OffsetAndLineNumber> record(env, 1);
+    record[0] = {scan.getOffset(), scan.getLineNumber()};
+    // Kept: the duplicated key is in the list, and counts as an item, but it has no record (test:
+    // CachedTable.DuplicatedKeyIsTheLastKeyAndHasNoRecord).
+    if (addLineOffset(listed, record.get()) == 0) return 1;
+    record.release();
+  }
+  return 0;
+}
+
+long XelCachedCsvTableReaderI::addLineOffset(const char* key, OffsetAndLineNumber* record) {
+  return lineOffsets.add(key, record) == 0 ? 1 : 0;
+}
+
+XelCsvLineI* XelCachedCsvTableReaderI::getLineByNumber(long number) {
+  const bool isThere = number >= 0 && number < getNumberOfItems();
+  const char* key = isThere ? getLineKey(number) : nullptr;
+  if (key == nullptr) XelCsvErrors::noLineIndexed(getSite(), number);
+  return XelGetLineByKey(*this, XelCopyString(env, key));
+}
+
+XelCsvLineI* XelCachedCsvTableReaderI::getLineByKey(const char* key) {
+  if (key == nullptr) XelCsvErrors::noKeyIndexed(getSite(), key);
+  XelEnvBlock<char> owned(env, const_cast<char*>(key), static_cast<long>(std::strlen(key)) + 1);
+  const OffsetAndLineNumber* record = getOffsetAndLineNumber(key);
+  if (record == nullptr) XelCsvErrors::noKeyIndexed(getSite(), key);
+  XelCsvLines lines(env);
+  const int error = lines.open(reader->getFileName(), "r", XelCsvReach::OneLine);
+  if (error != 0) XelThrowOpenError(error, reader->getFileName());
+  if (!lines.seek(record->offset)) XelCsvErrors::noKeyIndexed(getSite(), key);
+  XelEnvBlock<char> text(env, XelLineSize);
+  lines.read();  // what cannot be read any more is an empty line
+  formatLine(lines.getLine(), text.get(), nullptr);
+  XelEnvOwner<XelCsvLineI> line = XelNew<XelCsvLineI>(env, std::move(text), this, record->lineNumber);
+  owned.release();
+  return line.release();
+}
+
+long XelCachedCsvTableReaderI::getNumberOfItems() { return reader == nullptr ? 0 : lineKeys.getSize(); }
+
+OffsetAndLineNumber* XelCachedCsvTableReaderI::getOffsetAndLineNumber(const char* key) const {
+  OffsetAndLineNumber* record = nullptr;
+  if (key != nullptr) lineOffsets.find(key, record);
+  return record;
+}
+
+const char* XelCachedCsvTableReaderI::getLineKey(long index) const {
+  return index >= 0 && index < lineKeys.getSize() ? lineKeys[index] : nullptr;
+}
+
+const char* XelCachedCsvTableReaderI::getDuplicatedKey() const {
+  return duplicatedLine == 0 ? nullptr : getLineKey(lineKeys.getSize() - 1);
+}
+
+void XelCachedCsvTableReaderI::clearCachedTable() {
+  for (long index = 0; index < lineKeys.getSize(); ++index) XelFreeString(env, lineKeys[index]);
+  lineKeys.clear();
+  for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&lineOffsets); it.ok(); ++it) {
+    env.free(*it, static_cast<long>(sizeof(OffsetAndLineNumber)));
+  }
+  lineOffsets.clear();
+  duplicatedLine = 0;
+}
+
+void XelCachedCsvTableReaderI::clearTable() {
+  partialClear();
+  clearCachedTable();
+}
+
+void XelCachedCsvTableReaderI::copy(XelCsvTableReaderI* other) {
+  if (other == this) return;
+  clearTable();
+  partialCopy(other);
+  if (getOpenError() != 0) return;
+  auto* cached = dynamic_cast<XelCachedCsvTableReaderI*>(other);
+  if (cached != nullptr) {
+    copyIndex(cached);
+  } else {
+    makeIndex();
+  }
+}
+
+// Whether the source had met a duplicated key is not copied.
+void XelCachedCsvTableReaderI::copyIndex(XelCachedCsvTableReaderI* other) {
+  const long items = other->getNumberOfItems();
+  for (long index = 0; index < items; ++index) {
+    const char* key = other->getLineKey(index);
+    if (key == nullptr) return;  // a derived class counts more items than there are
+    XelEnvBlock<char> copy = XelCopyString(env, key);
+    lineKeys.add(copy.get());
+    const char* listed = copy.release();
+    const OffsetAndLineNumber* record = other->getOffsetAndLineNumber(key);
+    if (record == nullptr) continue;
+    XelEnvBlock<OffsetAndLineNumber> newRecord(env, 1);
+    newRecord[0] = *record;
+    if (addLineOffset(listed, newRecord.get()) != 0) newRecord.release();
+  }
+}

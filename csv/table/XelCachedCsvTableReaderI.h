@@ -1,0 +1,67 @@
+// Reader of a table that keeps an index of its data lines in memory.
+#pragma once
+
+#include "csv/table/XelCsvTableReaderI.h"
+#include "xelcsv/XelCsvIteratorI.h"
+
+// Reads the table's lines once when it is made and keeps, for every line, its composed key and where it begins. A lookup
+// costs one search in memory, one seek and one line read. Fields are never kept.
+//
+// It calls its own lookups through the virtual operations, so a derived class that overrides one changes the others.
+class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
+ public:
+  using CachedCsvLineIteratorI = XelCachedCsvLineIteratorI;
+
+  explicit XelCachedCsvTableReaderI(XelEnv environment);
+
+  // Indexes the table. When two lines have one key it stops at the second: the creator asks getDuplicatedKey().
+  // Throws, besides what the base throws, XelCsvReaderException when a line of the table has fewer fields than there are
+  // key columns, XelFieldNotFoundException when one lacks a key field.
+  XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName, const OffsetAndLineNumber* start);
+  ~XelCachedCsvTableReaderI() override;
+
+  // The line number in file order, 0 <= number < getNumberOfItems(). Throws XelLineNotFoundException.
+  XelCsvLineI* getLineByNumber(long number) override;
+
+  // Throws XelLineNotFoundException when no line has this key. The line read is not compared with the key again.
+  XelCsvLineI* getLineByKey(const char* key) override;
+
+  // Number of keys; 0 for a reader of no table. A duplicated key counts.
+  long getNumberOfItems() override;
+
+  // Where a line begins, by its key; null when there is none.
+  OffsetAndLineNumber* getOffsetAndLineNumber(const char* key) const override;
+
+  // Gives back all keys and records; the index is empty then.
+  void clearCachedTable();
+  void clearTable() override;
+  void copy(XelCsvTableReaderI* other) override;
+
+  // Reads the table's lines into the index from a file that stands before the first of them. Answers 1 when it stopped at a
+  // duplicated key, which is then the last key of the list, else 0.
+  long stockLineOffsets(XelCsvLines& lines);
+
+  // Adds a key of the list with its record to the index. Answers 0 when an equal key is there (the first record stays and
+  // the given one is still the caller's), else 1.
+  long addLineOffset(const char* key, OffsetAndLineNumber* record);
+
+  // Key number index in file order; null when there is none.
+  const char* getLineKey(long index) const;
+
+  // The key at which the indexing stopped because an earlier line has it; null when there is none.
+  const char* getDuplicatedKey() const;
+
+ private:
+  struct Unindexed {};
+
+  // The public constructor continues from it, so that the destructor runs when the indexing throws.
+  XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName, const OffsetAndLineNumber* start,
+                           Unindexed);
+
+  void makeIndex();
+  void copyIndex(XelCachedCsvTableReaderI* other);
+
+  XelArray<const char*> lineKeys;
+  XelEnvHashTable<const char*, OffsetAndLineNumber*> lineOffsets;
+  long duplicatedLine = 0;
+};

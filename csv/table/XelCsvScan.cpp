@@ -1,0 +1,80 @@
+#include "csv/table/XelCsvScan.h"
+
+#include <cstring>
+
+#include "csv/line/XelCsvLineI.h"
+
+XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, const char* mode)
+    : table(scanned),
+      own(table->getEnv()),
+      lines(own),
+      offset(table->getFirstDataOffset()),
+      lineNumber(table->getFirstDataLineNumber() - 1) {
+  table->openAt(own, mode, XelCsvReach::ManyLines, offset);
+}
+
+XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened)
+    : table(scanned),
+      own(table->getEnv()),
+      lines(opened),
+      offset(table->getFirstDataOffset()),
+      lineNumber(table->getFirstDataLineNumber() - 1) {}
+
+bool XelCsvScan::next() { return lines.skipCommentAndEmptyLines(table->getReader()->getComment(), lineNumber, offset); }
+
+void XelCsvScan::format() {
+  if (text.get() == nullptr) {
+    text = XelEnvBlock<char>(table->getEnv(), XelLineSize);
+    fields = XelEnvBlock<char*>(table->getEnv(), XelLineSize);
+  }
+  table->formatLine(lines.getLine(), text.get(), fields.get());
+}
+
+bool XelCsvScan::formatAgain() { return table->formatAgain(text.get(), fields.get()); }
+
+XelCsvSpan XelCsvScan::getTrimmed(long position) const {
+  const char* field = fields[position];
+  return XelTrimmed(field, field + std::strlen(field));
+}
+
+bool XelCsvScan::isOwn() const { return table->isOwnName(getTrimmed(0)); }
+
+void XelCsvScan::checkNumberOfKeys() const {
+  const long keys = table->getNumberOfKeys();
+  const long count = table->getNumberOfFields();
+  if (count < keys) XelCsvErrors::tooFewFieldsForKeys(table->getSite(), keys, count, lineNumber);
+}
+
+void XelCsvScan::composeKey(XelCsvKey& key) const {
+  key.clear();
+  for (long index = 0; index < table->getNumberOfKeys(); ++index) {
+    const long position = table->getKeyPosition(index);
+    table->checkKeyField(position, table->getNumberOfFields(), lineNumber);
+    key.add(getTrimmed(position));
+  }
+}
+
+bool XelCsvScan::hasKey(const char* key) const {
+  const long keys = table->getNumberOfKeys();
+  for (long index = 0; index < keys; ++index) {
+    table->checkKeyField(table->getKeyPosition(index), table->getNumberOfFields(), lineNumber);
+  }
+  for (long index = 0; index < keys; ++index) {
+    if (index > 0 && *key++ != '-') return false;
+    const XelCsvSpan value = getTrimmed(table->getKeyPosition(index));
+    const auto length = static_cast<std::size_t>(value.getLength());
+    if (std::strncmp(key, value.begin, length) != 0) return false;
+    key += length;
+  }
+  return *key == '\0';
+}
+
+XelCsvLineI* XelCsvScan::makeLine(bool named, bool keyed) {
+  XelEnvOwner<XelCsvLineI> line =
+      XelNew<XelCsvLineI>(table->getEnv(), std::move(text), fields.get(), table, lineNumber);
+  if (named) line->trimField(0);
+  if (keyed) {
+    for (long index = 0; index < table->getNumberOfKeys(); ++index) line->trimField(table->getKeyPosition(index));
+  }
+  return line.release();
+}

@@ -1,0 +1,69 @@
+// A pass over the data lines of a table.
+#pragma once
+
+#include "csv/line/XelCsvKey.h"
+#include "csv/line/XelCsvLines.h"
+#include "csv/table/XelCsvTableReaderI.h"
+
+class XelCsvLineI;
+
+// Reads the lines of a table from its first data line on: opens the file, skips comment and empty lines, keeps offset and
+// number, formats a line when it is asked for, and closes the file on every way out. Lines are formatted out of the file's
+// block into one buffer; a record is made only of the line that is handed out.
+class XelCsvScan {
+ public:
+  // Opens the file with mode "r" or "rb" and stands before the first data line.
+  // Throws XelFileNotFoundException, XelCsvReaderException when the file cannot be positioned, std::bad_alloc.
+  XelCsvScan(XelCsvTableReaderI* scanned, const char* mode);
+
+  // The same over a file that is open and stands before the first data line.
+  XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened);
+
+  // Goes to the next line that is neither a comment nor empty; false when the file ends before.
+  bool next();
+
+  // Whether the line begins in the table's region.
+  bool isInside() const { return offset <= table->getEndOffset(); }
+
+  // Whether next() read any line at all; otherwise nothing has changed but the line's formatting may.
+  bool hasRead() const { return lines.hasRead(); }
+
+  // Formats the line read last, comment or empty line included. Throws std::bad_alloc.
+  void format();
+
+  // Formats the text that format() left once more; false when that changed nothing, nor ever will.
+  bool formatAgain();
+
+  // Whether the formatted line's first field, trimmed, is the table's name.
+  bool isOwn() const;
+
+  // Throws XelCsvReaderException when the formatted line has fewer fields than the table has key columns.
+  void checkNumberOfKeys() const;
+
+  // Composes the formatted line's key. Throws XelFieldNotFoundException when it lacks a key field, std::bad_alloc.
+  void composeKey(XelCsvKey& key) const;
+
+  // Whether the formatted line has this key. Throws XelFieldNotFoundException when it lacks a key field, whether or not the
+  // fields before it match.
+  bool hasKey(const char* key) const;
+
+  // A record of the formatted line, which the caller deletes; its first field is trimmed in place when named, its key
+  // fields when keyed. The scan is over then. Throws std::bad_alloc.
+  XelCsvLineI* makeLine(bool named, bool keyed);
+
+  // Of the line read last.
+  long getOffset() const { return offset; }
+  long getLineNumber() const { return lineNumber; }
+
+ private:
+  // A field of the formatted line without the spaces around it.
+  XelCsvSpan getTrimmed(long position) const;
+
+  XelCsvTableReaderI* table;
+  XelCsvLines own;     // the file, unless it was opened by the caller
+  XelCsvLines& lines;  // the file that is read
+  XelEnvBlock<char> text;
+  XelEnvBlock<char*> fields;
+  long offset;
+  long lineNumber;
+};

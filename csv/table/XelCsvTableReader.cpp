@@ -1,0 +1,219 @@
+#include "xelcsv/XelCsvTableReader.h"
+
+#include <cassert>
+#include <cstdarg>
+#include <utility>
+
+#include "csv/errors/XelCsvErrors.h"
+#include "csv/line/XelCsvKey.h"
+#include "csv/line/XelCsvLineI.h"
+#include "csv/table/XelCachedCsvTableReaderI.h"
+#include "csv/table/XelCsvTableFactory.h"
+#include "csv/table/XelNonCachedCsvTableReaderI.h"
+
+namespace {
+
+// A table is walked through its index when it has one, whatever its file reader says: copying keeps a table's kind.
+XelCachedCsvTableReaderI* asCached(XelCsvTableReaderI* table) { return dynamic_cast<XelCachedCsvTableReaderI*>(table); }
+
+// Throws XelDuplicatedLineException when two lines of the table have one key, XelFileNotFoundException when its file could
+// not be opened.
+void checkTable(const XelCsvTableReaderI& table) {
+  const char* key = XelGetDuplicatedKey(table);
+  if (key != nullptr) XelCsvErrors::duplicatedLine(table.getSite(), key);
+  XelCheckOpened(table.getOpenError(), table.getReader()->getFileName());
+}
+
+}  // namespace
+
+XelCsvTableReader::XelCsvTableReader(XelCsvReaderI* reader, const char* tableName) {
+  const OffsetAndLineNumber* start = reader->getOffsetAndLineNumber(tableName);
+  if (start == nullptr) XelCsvErrors::tableNotFound(tableName);
+  XelEnvOwner<XelCsvTableReaderI> table = XelMakeTableReader(reader, tableName, start);
+  checkTable(*table);
+  impl = table.release();
+}
+
+XelCsvTableReader::XelCsvTableReader(const XelCsvTableReader& other) : impl(other.impl) {}
+
+XelCsvTableReader& XelCsvTableReader::operator=(const XelCsvTableReader& other) {
+  if (this != &other) *this = XelCsvTableReader(other);
+  return *this;
+}
+
+XelCsvTableReader::XelCsvTableReader(XelCsvTableReader&& other) noexcept
+    : impl(std::exchange(other.impl, nullptr)), lastLine(std::exchange(other.lastLine, nullptr)) {}
+
+XelCsvTableReader& XelCsvTableReader::operator=(XelCsvTableReader&& other) noexcept {
+  if (this == &other) return *this;
+  delete lastLine;
+  impl = std::exchange(other.impl, nullptr);
+  lastLine = std::exchange(other.lastLine, nullptr);
+  return *this;
+}
+
+XelCsvLine XelCsvTableReader::getLineByKey(long numberOfKeys, const char* key, ...) {
+  assert(impl != nullptr);
+  // The values may point into the former last line, which therefore goes last, also when something is thrown.
+  const XelEnvOwner<XelCsvLineI> former(std::exchange(lastLine, nullptr));
+  const long keys = impl->getNumberOfKeys();
+  if (numberOfKeys < keys) XelCsvErrors::notEnoughKeys(impl->getSite(), keys);
+  XelEnvBlock<char> composed;
+  std::va_list others;
+  va_start(others, key);
+  try {
+    composed = XelComposeKey(impl->getEnv(), keys, key, others);
+  } catch (...) {
+    va_end(others);
+    throw;
+  }
+  va_end(others);
+  lastLine = XelGetLineByKey(*impl, std::move(composed));
+  return XelCsvLine(lastLine);
+}
+
+XelCsvLine XelCsvTableReader::getLineByNumber(long lineNumber) {
+  assert(impl != nullptr);
+  delete std::exchange(lastLine, nullptr);
+  lastLine = impl->getLineByNumber(lineNumber);
+  return XelCsvLine(lastLine);
+}
+
+bool XelCsvTableReader::isCached() const {
+  assert(impl != nullptr);
+  return impl->getReader()->isCached();
+}
+
+const char* XelCsvTableReader::getNameOfTable() const {
+  assert(impl != nullptr);
+  return impl->getNameOfTable();
+}
+
+long XelCsvTableReader::getNumberOfKeys() const {
+  assert(impl != nullptr);
+  return impl->getNumberOfKeys();
+}
+
+bool XelCsvTableReader::printKeys() const {
+  assert(impl != nullptr);
+  return impl->printKeys();
+}
+
+long XelCsvTableReader::getPosition(const char* heading) const {
+  assert(impl != nullptr);
+  return impl->getPosition(heading);
+}
+
+XelCsvLine XelCsvTableReader::getFirstLine() const {
+  assert(impl != nullptr);
+  return XelCsvLine(impl->getFirstLine());
+}
+
+void XelCsvTableReader::copy(const XelCsvTableReader& other) {
+  assert(other.impl != nullptr);
+  if (this == &other) return;
+  const XelEnv env = other.impl->getEnv();
+  XelEnvOwner<XelCsvLineI> line;
+  if (other.lastLine != nullptr) {
+    line = XelNew<XelCsvLineI>(env, env, other.impl);
+    line->copy(other.lastLine);
+  }
+  if (impl == nullptr) impl = XelMakeEmptyTableReader(env, other.impl->getReader()->isCached()).release();
+  if (impl != other.impl) {
+    try {
+      impl->copy(other.impl);
+      checkTable(*impl);
+    } catch (...) {
+      if (!impl->isLent()) delete impl;
+      impl = nullptr;
+      throw;
+    }
+  }
+  delete lastLine;
+  lastLine = line.release();
+  if (lastLine != nullptr) lastLine->setTableReader(impl);
+}
+
+long XelCsvTableReader::getNumberOfColumns() const {
+  assert(impl != nullptr);
+  return impl->getNumberOfColumns();
+}
+
+long XelCsvTableReader::getNumberOfItems() {
+  assert(impl != nullptr);
+  return impl->getNumberOfItems();
+}
+
+XelEnv XelCsvTableReader::getEnv() const {
+  assert(impl != nullptr);
+  return impl->getEnv();
+}
+
+bool XelCsvTableReader::isHeadingExists(const char* heading) const {
+  assert(impl != nullptr);
+  return impl->isHeadingExists(heading);
+}
+
+void XelCsvTableReader::end() {
+  delete std::exchange(lastLine, nullptr);
+  XelCsvTableReaderI* table = std::exchange(impl, nullptr);
+  if (table != nullptr && !table->isLent()) delete table;
+}
+
+XelCsvTableReader::LineIterator::LineIterator(XelCsvTableReader walked) {
+  assert(walked.getImpl() != nullptr);
+  start(walked.getImpl());
+}
+
+XelCsvTableReader::LineIterator::LineIterator(const LineIterator& other)
+    : cachedIterator(other.cachedIterator),
+      nonCachedIterator(other.nonCachedIterator),
+      table(other.table),
+      cached(other.cached) {}
+
+// Kept: the position of the source is not copied (test: LineIterator.AssigningStartsAgainAtTheFirstLine).
+XelCsvTableReader::LineIterator& XelCsvTableReader::LineIterator::operator=(const LineIterator& other) {
+  start(other.table);
+  return *this;
+}
+
+// Stands on the first line of a table, of none when it is null.
+void XelCsvTableReader::LineIterator::start(XelCsvTableReaderI* walked) {
+  XelCachedCsvTableReaderI* indexed = walked == nullptr ? nullptr : asCached(walked);
+  if (indexed != nullptr) {
+    cachedIterator = XelCachedCsvLineIteratorI(indexed);
+    nonCachedIterator = XelNonCachedCsvLineIteratorI();
+  } else {
+    nonCachedIterator = walked == nullptr
+                            ? XelNonCachedCsvLineIteratorI()
+                            : XelNonCachedCsvLineIteratorI(static_cast<XelNonCachedCsvTableReaderI*>(walked));
+    cachedIterator = XelCachedCsvLineIteratorI();
+  }
+  table = walked;
+  cached = indexed != nullptr ? 1 : 0;
+}
+
+XelCsvLine XelCsvTableReader::LineIterator::operator*() const {
+  return ok() ? XelCsvLine(cached != 0 ? cachedIterator.getLine() : nonCachedIterator.getLine()) : XelCsvLine();
+}
+
+XelCsvTableReader::LineIterator& XelCsvTableReader::LineIterator::operator++() {
+  if (cached != 0) {
+    ++cachedIterator;
+  } else {
+    ++nonCachedIterator;
+  }
+  return *this;
+}
+
+bool XelCsvTableReader::LineIterator::ok() const {
+  return cached != 0 ? cachedIterator.isOk() : nonCachedIterator.isOk();
+}
+
+void XelCsvTableReader::LineIterator::end() {
+  if (cached != 0) {
+    cachedIterator.clear();
+  } else {
+    nonCachedIterator.clear();
+  }
+}

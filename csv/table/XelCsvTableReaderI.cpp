@@ -1,0 +1,167 @@
+#include "csv/table/XelCsvTableReaderI.h"
+
+#include <cstring>
+#include <iostream>
+
+#include "csv/errors/XelCsvOpen.h"
+#include "csv/line/XelCsvLineI.h"
+
+namespace {
+
+// Position of a heading among the fields of the heading line, trimmed in place; -1 when there is none.
+long findHeading(const XelCsvLineI* headings, const char* heading) {
+  if (headings == nullptr || heading == nullptr) return -1;
+  const long count = headings->getNumberOfFields();
+  // All fields are trimmed before the first is compared, so the heading line never stays half trimmed.
+  for (long field = 0; field < count; ++field) headings->trimField(field);
+  for (long field = 0; field < count; ++field) {
+    if (std::strcmp(headings->getFields()[field], heading) == 0) return field;
+  }
+  return -1;
+}
+
+}  // namespace
+
+XelCsvTableReaderI::XelCsvTableReaderI(XelEnv environment)
+    : keyPositions(environment, 0), file(environment), env(environment) {}
+
+// Continues from the empty reader, so that the destructor runs when something throws.
+XelCsvTableReaderI::XelCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName,
+                                       const OffsetAndLineNumber* start)
+    : XelCsvTableReaderI(fileReader->getEnv()) {
+  reader = fileReader;
+  const char* stored = reader->getStoredName(tableName);
+  nameOfTable = stored != nullptr ? stored : tableName;  // the caller's text may not live as long as the table
+  if (tryOpen(file)) {
+    readHeadingZone(start);
+    file.close();
+  }
+}
+
+XelCsvTableReaderI::~XelCsvTableReaderI() {
+  XelCsvTableReaderI::partialClear();
+  keyPositions.end();
+}
+
+void XelCsvTableReaderI::partialClear() {
+  delete firstLine;
+  firstLine = nullptr;
+  keyPositions.clear();
+}
+
+void XelCsvTableReaderI::partialCopy(XelCsvTableReaderI* other) {
+  env = other->env;
+  reader = other->reader;
+  if (!tryOpen(file)) return;
+  numberOfColumns = other->numberOfColumns;
+  numberOfFields = other->numberOfFields;
+  // Kept: without a heading line the copy gets an empty heading record (test:
+  // TableCopy.OfATableWithoutHeadingLineHasAnEmptyHeadingRecord).
+  XelEnvOwner<XelCsvLineI> heading = XelNew<XelCsvLineI>(env, env, this);
+  heading->copy(other->firstLine);
+  heading->setTableReader(this);
+  delete firstLine;
+  firstLine = heading.release();
+  endOffset = other->endOffset;
+  firstDataOffset = other->firstDataOffset;
+  firstDataLineNumber = other->firstDataLineNumber;
+  if (!file.seek(firstDataOffset)) XelCsvErrors::corruptedTable(getSite());
+  for (long key = 0; key < other->keyPositions.getSize(); ++key) keyPositions.add(other->keyPositions[key]);
+  nameOfTable = other->nameOfTable;
+  lineLength = other->lineLength;
+  file.close();
+}
+
+bool XelCsvTableReaderI::tryOpen(XelCsvLines& lines) {
+  openError = lines.open(reader->getFileName(), "rb", XelCsvReach::ManyLines);
+  return openError == 0;
+}
+
+void XelCsvTableReaderI::openAt(XelCsvLines& lines, const char* mode, XelCsvReach reach, long offset) const {
+  const int error = lines.open(reader->getFileName(), mode, reach);
+  if (error != 0) XelThrowOpenError(error, reader->getFileName());
+  if (!lines.seek(offset)) XelCsvErrors::corruptedTable(getSite());
+}
+
+bool XelCsvTableReaderI::isHeadingExists(const char* heading) const { return findHeading(firstLine, heading) >= 0; }
+
+long XelCsvTableReaderI::getPosition(const char* heading) const {
+  if (firstLine == nullptr) XelCsvErrors::noHeadingLine(getSite());
+  const long field = findHeading(firstLine, heading);
+  if (field < 0) XelCsvErrors::headingNotFound(getSite(), heading);
+  // Kept: the heading of a one-table file's marker field is found too, at -1 (test:
+  // GetPosition.OfTheMarkerFieldOfAOneTableFileIsMinusOne).
+  return reader->isMultiTable() ? field : field - 1;
+}
+
+// Kept: in a one-table file the heading printed is that of the field to the left, for the marker field is not counted
+// (test: PrintKeys.NamesTheColumnToTheLeftInAOneTableFile).
+bool XelCsvTableReaderI::printKeys() const {
+  const XelCsvLineI* headings = getHeadingLine();
+  for (long key = 0; key < getNumberOfKeys(); ++key) {
+    const long position = getKeyPosition(key);
+    if (headings != nullptr) headings->check("getStringByPosition", position);
+    std::cout << "key " << key << " ----> ";
+    if (headings != nullptr) {
+      std::cout << headings->trimField(position);
+    } else {
+      std::cout << "Column " << position;
+    }
+    std::cout << std::endl;
+  }
+  return true;
+}
+
+void XelCsvTableReaderI::testNumberOfFields(XelCsvLineI* line) const {
+  const bool differs = line->getNumberOfFields() != numberOfFields;
+  const auto raise = [&] {
+    XelCsvErrors::otherNumberOfFields(getSite(), reader->isMultiTable(), numberOfFields, line->getLineNumber(),
+                                      line->getNumberOfFields());
+  };
+  if (reader->isMultiTable() && differs) raise();
+  line->check("getStringByPosition", 0);
+  const char* first = line->trimField(0);
+  const bool isHeading = std::strchr(first, '|') != nullptr;
+  if (!reader->isMultiTable() && !isHeading && differs) raise();
+}
+
+void XelCsvTableReaderI::formatLine(char* line) { formatLine({line, line + std::strlen(line)}, line, nullptr); }
+
+void XelCsvTableReaderI::formatLine(const XelCsvSpan& raw, char* to, char** starts) {
+  const XelFormattedLine formatted = XelFormatLine(raw.begin, raw.end, to, reader->getFormat(), starts);
+  lineLength = formatted.length;
+  numberOfFields = formatted.fields;
+}
+
+bool XelCsvTableReaderI::formatAgain(char* text, char** starts) {
+  if (numberOfFields == 1 && XelIsSettledText(text, reader->getFormat())) return false;
+  formatLine({text, text + std::strlen(text)}, text, starts);
+  return true;
+}
+
+long XelCsvTableReaderI::skipCommentAndEmptyLines(XelCsvLines& lines, char* buffer, char comment, long* lineNumber,
+                                                  long* offset) const {
+  return XelCsvReaderI::skipCommentAndEmptyLines(lines, buffer, comment, lineNumber, offset);
+}
+
+void XelCsvTableReaderI::checkKeyField(long position, long fieldsOfLine, long lineNumber) const {
+  if (position < fieldsOfLine) return;
+  XelCsvErrors::fieldNotFound(getSite(), position, lineNumber, "getStringByPosition");
+}
+
+XelCsvSite XelCsvTableReaderI::getSite() const {
+  return {reader == nullptr ? nullptr : reader->getFileName(), nameOfTable};
+}
+
+XelCsvLineI* XelCsvTableReaderI::getHeadingLine() const {
+  return firstLine != nullptr && firstLine->getNumberOfFields() > 0 ? firstLine : nullptr;
+}
+
+bool XelCsvTableReaderI::isSplit() const {
+  return reader->isMultiTable() && reader->isTableSplittingAllowed() && nameOfTable != nullptr;
+}
+
+bool XelCsvTableReaderI::isOwnName(const XelCsvSpan& name) const {
+  const auto length = static_cast<std::size_t>(name.getLength());
+  return std::strncmp(nameOfTable, name.begin, length) == 0 && nameOfTable[length] == '\0';
+}

@@ -1,0 +1,28 @@
+#include <cstring>
+#include <ostream>
+
+#include "xelcsv/XelEnv.h"
+
+XelExceptionMessage::XelExceptionMessage(const char* message, long newCode) : code(newCode), text{} {
+  if (message != nullptr) std::memcpy(text, message, strnlen(message, sizeof text - 1));
+}
+
+XelExceptionMessage::~XelExceptionMessage() = default;
+
+const char* XelExceptionMessage::getMessage() const { return text; }
+
+void XelExceptionMessage::print(std::ostream& stream) const { stream << text; }
+
+void XelExceptionMessage::end() { text[0] = '\0'; }
+
+XelQuietException::XelQuietException(const char* message, long newCode) : XelExceptionMessage(message, newCode) {}
+
+XelQuietException::~XelQuietException() = default;
+
+const char* XelQuietException::what() const noexcept { return getMessage(); }
+
+XelWrongUsage::XelWrongUsage(const char* message, long newCode) : XelExceptionMessage(message, newCode) {}
+
+XelWrongUsage::~XelWrongUsage() = default;
+
+const char* XelWrongUsage::what() const noexcept { return getMessage(); }

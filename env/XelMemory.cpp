@@ -1,0 +1,121 @@
+#include "env/XelMemory.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr long SmallSteps = 4;  // classes of the first 4 alignments, and between two powers of two
+constexpr long SmallestPower = SmallSteps * XelBlockAlignment;
+constexpr long FirstChunkSize = 4096;
+constexpr long LargestChunkSize = 64 * 1024;
+
+}  // namespace
+
+void* XelFixedSizeAllocatorI::allocate(XelMemory* memory) {
+  if (freeBlocks == nullptr) return allocateBlock(memory);
+  FreeBlock* block = freeBlocks;
+  freeBlocks = block->next;
+  return block;
+}
+
+void* XelFixedSizeAllocatorI::allocateBlock(XelMemory* memory) const { return memory->carve(blockSize); }
+
+void XelFixedSizeAllocatorI::deallocate(void* block) { freeBlocks = new (block) FreeBlock{freeBlocks}; }
+
+XelAllocationList::~XelAllocationList() {
+  while (first != nullptr) {
+    Header* next = first->next;
+    std::free(first);
+    first = next;
+  }
+}
+
+void* XelAllocationList::alloc(long size) {
+  if (size > std::numeric_limits<long>::max() - static_cast<long>(sizeof(Header))) throw std::bad_alloc();
+  void* memory = std::malloc(sizeof(Header) + static_cast<std::size_t>(size));
+  if (memory == nullptr) throw std::bad_alloc();
+  auto* header = new (memory) Header{first, nullptr};
+  if (first != nullptr) first->previous = header;
+  first = header;
+  return header + 1;
+}
+
+void XelAllocationList::release(void* block) {
+  Header* header = static_cast<Header*>(block) - 1;
+  if (header->next != nullptr) header->next->previous = header->previous;
+  if (header->previous != nullptr) {
+    header->previous->next = header->next;
+  } else {
+    first = header->next;
+  }
+  const int error = errno;
+  std::free(header);
+  errno = error;
+}
+
+XelMemory::XelMemory() : chunkSize(FirstChunkSize) {
+  for (long index = 0; index < FixedSizeClasses; ++index) {
+    allocators[index] = XelFixedSizeAllocatorI(getBlockSize(index));
+  }
+}
+
+long XelMemory::getIndex(long size) {
+  if (size <= SmallestPower) return (size - 1) / XelBlockAlignment;
+  long index = SmallSteps;
+  long power = SmallestPower;
+  while (power < size - power) {  // as power * 2 < size, without overflow
+    power *= 2;
+    index += SmallSteps;
+  }
+  return index + (size - power - 1) / (power / SmallSteps);
+}
+
+long XelMemory::getBlockSize(long index) {
+  if (index < SmallSteps) return (index + 1) * XelBlockAlignment;
+  const long power = SmallestPower << ((index - SmallSteps) / SmallSteps);
+  return power + ((index - SmallSteps) % SmallSteps + 1) * (power / SmallSteps);
+}
+
+void* XelMemory::allocate(long size) {
+  // A block of half the address space cannot exist, and its class could not be computed.
+  if (size > std::numeric_limits<long>::max() / 2) throw std::bad_alloc();
+  const long index = getIndex(size);
+  const long blockSize = getBlockSize(index);
+  void* block = nullptr;
+  if (isFixedSize(index)) {
+    block = allocators[index].allocate(this);
+  } else {
+    block = list.alloc(blockSize);
+    bytesAllocated += blockSize;
+  }
+  bytesInUse += blockSize;
+  return block;
+}
+
+void XelMemory::free(void* block, long size) {
+  const long index = getIndex(size);
+  const long blockSize = getBlockSize(index);
+  bytesInUse -= blockSize;
+  if (isFixedSize(index)) {
+    allocators[index].deallocate(block);
+  } else {
+    bytesAllocated -= blockSize;
+    list.release(block);
+  }
+}
+
+void* XelMemory::carve(long size) {
+  if (chunkEnd - chunk < size) {
+    const long newSize = chunkSize < size ? size : chunkSize;
+    chunk = static_cast<char*>(list.alloc(newSize));
+    chunkEnd = chunk + newSize;
+    bytesAllocated += newSize;
+    if (chunkSize < LargestChunkSize) chunkSize *= 2;
+  }
+  void* block = chunk;
+  chunk += size;
+  return block;
+}

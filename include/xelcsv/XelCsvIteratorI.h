@@ -1,0 +1,139 @@
+// Implementation iterators. They are complete here only because the public iterators hold them by value: use
+// XelCsvTableReader::LineIterator, XelCsvReader::LineIterator and XelCsvReader::TableIterator instead.
+#pragma once
+
+#include "xelcsv/XelEnv.h"
+
+class XelCachedCsvTableReaderI;
+class XelCsvLineI;
+class XelCsvLines;
+class XelCsvReaderI;
+class XelCsvTableReaderI;
+class XelNonCachedCsvTableReaderI;
+
+// Walk over the lines of a table by scanning its file.
+//
+// Copying takes the position over and ends the source, also a const one, hence the mutable members.
+class XELCSV_API XelNonCachedCsvLineIteratorI {
+ public:
+  // An iterator over nothing.
+  XelNonCachedCsvLineIteratorI() = default;
+
+  // Stands on the table's first line, which is not asked for its table's name. Throws XelFileNotFoundException.
+  explicit XelNonCachedCsvLineIteratorI(XelNonCachedCsvTableReaderI* table);
+
+  XelNonCachedCsvLineIteratorI(const XelNonCachedCsvLineIteratorI& other);
+  XelNonCachedCsvLineIteratorI& operator=(const XelNonCachedCsvLineIteratorI& other);
+  virtual ~XelNonCachedCsvLineIteratorI();
+
+  virtual void initIterator();
+  virtual XelNonCachedCsvLineIteratorI& operator++();
+
+  // Takes over the position of other, which has ended afterwards. In a one-table file the copy stands on the table's
+  // first line with other's line number.
+  void copy(const XelNonCachedCsvLineIteratorI& other);
+
+  // Gives the stream and all memory back; ok stays what it was.
+  void clear() const;
+
+  // Whether the iterator stands on a line.
+  bool isOk() const { return ok != 0; }
+
+  // The current line; it belongs to the iterator. Null when the iterator has ended.
+  XelCsvLineI* getLine() const { return line; }
+
+ private:
+  void openAt(long position);
+  void formatLine();
+  bool skipOtherTables();
+
+  mutable XelCsvLines* file = nullptr;
+  mutable XelNonCachedCsvTableReaderI* table = nullptr;
+  mutable char* buffer = nullptr;
+  mutable XelCsvLineI* line = nullptr;
+  long ok = 0;
+  long lineNumber = 0;
+  mutable char** fields = nullptr;
+  long endOffset = 0;
+  mutable long offset = 0;
+  XelEnv env = nullptr;
+};
+
+// Walk over the lines of a table in the order of its index.
+//
+// Copying takes the position over and ends the source, also a const one, hence the mutable members.
+class XELCSV_API XelCachedCsvLineIteratorI {
+ public:
+  // An iterator over nothing.
+  XelCachedCsvLineIteratorI() = default;
+
+  // Stands on the table's first line. Throws XelFileNotFoundException.
+  explicit XelCachedCsvLineIteratorI(XelCachedCsvTableReaderI* table);
+
+  XelCachedCsvLineIteratorI(const XelCachedCsvLineIteratorI& other);
+  XelCachedCsvLineIteratorI& operator=(const XelCachedCsvLineIteratorI& other);
+  virtual ~XelCachedCsvLineIteratorI();
+
+  virtual void initIterator();
+  virtual XelCachedCsvLineIteratorI& operator++();
+
+  // Takes over the position of other, which has ended afterwards.
+  void copy(const XelCachedCsvLineIteratorI& other);
+
+  // Gives the stream and all memory back; ok stays what it was.
+  void clear() const;
+
+  // Whether the iterator stands on a line.
+  bool isOk() const { return ok != 0; }
+
+  // The current line; it belongs to the iterator. Null when the iterator has ended.
+  XelCsvLineI* getLine() const { return line; }
+
+ private:
+  void open(const char* mode);
+  void readLine();
+
+  mutable XelCsvLines* file = nullptr;
+  mutable XelCachedCsvTableReaderI* table = nullptr;
+  mutable char* buffer = nullptr;
+  mutable XelCsvLineI* line = nullptr;
+  long ok = 0;
+  long index = 0;
+  mutable char** fields = nullptr;
+  mutable long count = 0;
+  long offset = 0;
+  XelEnv env = nullptr;
+};
+
+// Walk over the tables of a file, the reserved ones at its start left out.
+class XELCSV_API CsvTableIteratorI {
+ public:
+  // An iterator over nothing.
+  CsvTableIteratorI() = default;
+
+  // Stands on the first table. Throws what XelCsvReader::getTableByName throws.
+  explicit CsvTableIteratorI(XelCsvReaderI* reader);
+
+  CsvTableIteratorI(const CsvTableIteratorI& other);
+  CsvTableIteratorI& operator=(const CsvTableIteratorI& other);
+  virtual ~CsvTableIteratorI();
+
+  virtual void initIterator();
+  virtual CsvTableIteratorI& operator++();
+
+  // Stands on the table that other stands on, with a table reader of its own.
+  void copy(const CsvTableIteratorI& other);
+
+  // Destroys the current table reader.
+  void clear();
+
+ protected:
+  XelCsvReaderI* reader = nullptr;
+  XelCsvTableReaderI* currentTable = nullptr;
+  long currentIndex = 0;
+  long valid = 0;
+  long endIndex = 0;
+
+ private:
+  void openTable(long index);
+};

@@ -1,0 +1,140 @@
+// Handle of one table of a data file, and the iterator over its lines.
+#pragma once
+
+#include "xelcsv/XelCsvIteratorI.h"
+#include "xelcsv/XelCsvLine.h"
+
+// One table: lookups of its lines by number and by key, its columns and its keys.
+//
+// A handle; copies share the table reader behind it but not the last line, and destroying a handle destroys neither: end()
+// does. A table made by a reader's getTableByName, getTableByNumber or by the constructor below is ended once, by any one
+// of its handles; the table of a one-table file and the current table of an iterator are lent and stay with their owner.
+// The reader must outlive the use of its tables; no order of destruction does harm. One thread at a time.
+//
+// Exceptions are nested in XelCsvReader and derive from XelQuietException. Every operation that reads the file may throw
+// XelFileNotFoundException when it cannot be opened and std::bad_alloc. A failed lookup leaves the table as it was, but it
+// too ends the former last line.
+//
+// Using an empty handle is a mistake of the caller: an assertion in debug builds.
+class XELCSV_API XelCsvTableReader {
+ public:
+  class LineIterator;
+
+  // An empty handle: no table.
+  XelCsvTableReader() = default;
+
+  // A handle over an existing table reader; null gives an empty handle.
+  explicit XelCsvTableReader(XelCsvTableReaderI* tableReader) : impl(tableReader) {}
+
+  // A new reader of the table called tableName, cached or not as the file reader is. Ended by the user.
+  // Throws XelTableNotFoundException, XelDuplicatedLineException when two lines of a cached table have the same key,
+  // XelCsvReaderException for a corrupted file, XelOverflowException for a number of a key line above 32 bits.
+  XelCsvTableReader(XelCsvReaderI* reader, const char* tableName);
+
+  XelCsvTableReader(const XelCsvTableReader& other);             // shares the table; no last line
+  XelCsvTableReader& operator=(const XelCsvTableReader& other);  // ends the own last line, then shares the table
+  XelCsvTableReader(XelCsvTableReader&& other) noexcept;         // takes table and last line; other is empty
+  XelCsvTableReader& operator=(XelCsvTableReader&& other) noexcept;
+  ~XelCsvTableReader() = default;
+
+  // The line whose key columns hold the given values, in the order of the columns: at least as many as there are key
+  // columns, numberOfKeys in number, each a const char*; values beyond the key columns are not looked at. Values are
+  // joined with "-", and so are the fields of the lines, trimmed: "a-b" and "c" find the line "a", "b-c" too. The line
+  // belongs to this handle and lives until its next lookup. Values may point into the former last line.
+  // Throws XelLineNotFoundException when no line has this key, a value is null, or there are too few values;
+  // XelCsvReaderException when a line has fewer fields than there are key columns.
+  XelCsvLine getLineByKey(long numberOfKeys, const char* key, ...);
+
+  // The line number lineNumber of the table's data lines, counted from 0. It belongs to this handle and lives until its
+  // next lookup. Throws XelLineNotFoundException. A table that is not cached looks at its end only after counting a line,
+  // so there the number getNumberOfItems() gives the line after the table, or the last line again.
+  XelCsvLine getLineByNumber(long lineNumber);
+
+  // Whether the lines are found through an index in memory.
+  bool isCached() const;
+
+  // Name of the table, null for the table of a one-table file. It lives as long as the file reader.
+  const char* getNameOfTable() const;
+
+  // Number of key columns.
+  long getNumberOfKeys() const;
+
+  // Prints one line "key 0 ----> Heading" per key column on standard output. Answers true.
+  bool printKeys() const;
+
+  // Position of the column with this heading, to be used with the getters by position. The leftmost wins.
+  // Throws XelColumnHeaderNotFoundException when there is no heading line or no such heading.
+  long getPosition(const char* heading) const;
+
+  // The heading line, an empty handle when there is none. It lives as long as the table.
+  XelCsvLine getFirstLine() const;
+
+  // Makes this handle's table a copy of other's, last line included. An empty handle gets a new table, which the user
+  // ends; an existing one keeps its kind, cached or not. Throws as the constructor does; the handle is empty then.
+  void copy(const XelCsvTableReader& other);
+
+  // Number of columns: in a file of several tables the fields of the table's first line, its name included.
+  long getNumberOfColumns() const;
+
+  // Number of data lines. A table that is not cached counts them in the file each time.
+  long getNumberOfItems();
+
+  // The environment that the table lives in.
+  XelEnv getEnv() const;
+
+  // Whether the table has a heading line with this heading.
+  bool isHeadingExists(const char* heading) const;
+
+  // Destroys the last line, and the table unless it is lent. The handle is empty afterwards; twice is harmless. Other
+  // handles of the same table must not be used any more.
+  void end();
+
+  // Whether the handle holds no table.
+  bool isEmpty() const { return impl == nullptr; }
+
+  // The table reader behind the handle, null for an empty one.
+  XelCsvTableReaderI* getImpl() const { return impl; }
+
+ private:
+  XelCsvTableReaderI* impl = nullptr;
+  XelCsvLineI* lastLine = nullptr;
+};
+
+// Walk over the lines of a table, in the order of the file:
+//
+//   for (XelCsvTableReader::LineIterator it(table); it.ok(); ++it) use(*it);
+//
+// The table must outlive the walk. Copying an iterator takes its position over and ends the source; assigning one starts
+// again at the first line and leaves the source alone.
+class XELCSV_API XelCsvTableReader::LineIterator {
+ public:
+  // An iterator over nothing; ok() is false.
+  LineIterator() = default;
+
+  // Stands on the first line of the table. Throws XelFileNotFoundException, std::bad_alloc.
+  explicit LineIterator(XelCsvTableReader table);
+
+  LineIterator(const LineIterator& other);
+  LineIterator& operator=(const LineIterator& other);
+  ~LineIterator() = default;
+
+  // The current line; it belongs to the iterator and lives until the next ++. An empty handle when there is none.
+  XelCsvLine operator*() const;
+
+  // Goes to the next line. An iterator that has ended stays so.
+  LineIterator& operator++();
+
+  // Whether the iterator stands on a line. After end() it answers what it answered before.
+  bool ok() const;
+
+  // Ends the walk: closes the file and gives the memory back. The destructor does the same.
+  void end();
+
+ private:
+  void start(XelCsvTableReaderI* walked);
+
+  XelCachedCsvLineIteratorI cachedIterator;
+  XelNonCachedCsvLineIteratorI nonCachedIterator;
+  XelCsvTableReaderI* table = nullptr;
+  long cached = 0;
+};
