@@ -6,8 +6,8 @@
 #include "env/XelArrayI.h"
 #include "env/XelEnvI.h"
 
-// An array of pointers or integers. A handle of one pointer; copies share the array, end() destroys it. Strings that the
-// elements point to belong to whoever added them.
+// An array of pointers or integers. A handle of one pointer; copies share the array, end() destroys it. Strings that
+// the elements point to belong to whoever added them.
 template <class T>
 class XelArray {
   static_assert(std::is_trivially_copyable_v<T> && sizeof(T) == sizeof(void*), "elements have the width of a pointer");

@@ -1,10 +1,12 @@
 // Chained hash table in an environment.
 #pragma once
 
+#include <utility>
+
 #include "env/XelEnvOwned.h"
 
-// Maps keys to values. Keys are kept as they are given, strings by pointer, so their text must live as long as the entry;
-// values are not owned either. One thread at a time.
+// Maps keys to values. Keys are kept as they are given, strings by pointer, so their text must live as long as the
+// entry; values are not owned either. One thread at a time.
 //
 // A walk visits the buckets in ascending order and within a bucket the item added or moved last first.
 template <class K, class V>
@@ -168,6 +170,16 @@ class XelEnvHashTable : public XelEnvObjectI {
     env.free(buckets, size * static_cast<long>(sizeof(Item*)));
     buckets = nullptr;
     count = 0;
+  }
+
+  // Exchanges everything with another table, the environments too.
+  void swap(XelEnvHashTable& other) noexcept {
+    std::swap(env, other.env);
+    std::swap(count, other.count);
+    std::swap(size, other.size);
+    std::swap(hash, other.hash);
+    std::swap(compare, other.compare);
+    std::swap(buckets, other.buckets);
   }
 
   long getCount() const { return count; }

@@ -24,8 +24,8 @@ class XelEnvResident {
   XelEnvResident& operator=(const XelEnvResident&) = default;
 };
 
-// Base of environment-owned objects that keep their environment. As a member or a local variable of another object such an
-// object lives where that one does.
+// Base of environment-owned objects that keep their environment. As a member or a local variable of another object such
+// an object lives where that one does.
 class XelEnvObjectI : public XelEnvResident {
  public:
   virtual ~XelEnvObjectI();

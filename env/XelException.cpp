@@ -1,10 +1,10 @@
-#include <cstring>
 #include <ostream>
 
 #include "xelcsv/XelEnv.h"
 
 XelExceptionMessage::XelExceptionMessage(const char* message, long newCode) : code(newCode), text{} {
-  if (message != nullptr) std::memcpy(text, message, strnlen(message, sizeof text - 1));
+  if (message == nullptr) return;
+  for (long index = 0; index < XelMessageSize - 1 && message[index] != '\0'; ++index) text[index] = message[index];
 }
 
 XelExceptionMessage::~XelExceptionMessage() = default;

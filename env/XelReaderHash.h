@@ -6,8 +6,8 @@ constexpr long XelBucketCount = 128;
 
 // Bucket of a key, 0 <= result < size, for size > 0.
 //
-// A variant of the ELF hash with a 64-bit accumulator: bits 28 to 31 are folded back, the bits above them stay. Bytes are
-// taken as signed, on every platform.
+// A variant of the ELF hash with a 64-bit accumulator: bits 28 to 31 are folded back, the bits above them stay. Bytes
+// are taken as signed, on every platform.
 long XeldReaderHashFunction(const char* key, long size);
 
 // 1 when the two keys are the same text, else 0.

@@ -9,8 +9,8 @@ struct XelCsvSite {
   const char* table = nullptr;
 };
 
-// None of these returns. Names, keys and headings that are null stand in the message as the empty text. A message is cut
-// to XelMessageSize - 1 bytes.
+// None of these returns. Names, keys and headings that are null stand in the message as the empty text. A message is
+// cut to XelMessageSize - 1 bytes.
 namespace XelCsvErrors {
 
 // ---- The file.
@@ -22,12 +22,12 @@ namespace XelCsvErrors {
 [[noreturn]] void separatorIncludes(const char* separators, const char* what, char character);
 [[noreturn]] void sameCharacter(const char* what1, char character1, const char* what2, char character2);
 
-// The file cannot be positioned at the heading zone, at the data to look through, or at its start. Without a table's name
-// the file's name stands in the message.
+// The file cannot be positioned at the heading zone, at the data to look through, or at its start. Without a table's
+// name the file's name stands in the message.
 [[noreturn]] void corruptedTable(const XelCsvSite& at);
 
-// The file cannot be positioned at the lines that an index is made of or points to. Without a table's name the file's name
-// stands in the message.
+// The file cannot be positioned at the lines that an index is made of or points to. Without a table's name the file's
+// name stands in the message.
 [[noreturn]] void corruptedIndexedTable(const XelCsvSite& at);
 
 // ---- Tables.

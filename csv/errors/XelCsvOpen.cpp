@@ -13,38 +13,38 @@ struct OpenError {
   const char* format;
 };
 
-// Kept: the first match counts, so the second EMFILE and ENOMEM and the last ENAMETOOLONG are never reached, ENAMETOOLONG
-// has the text of ENFILE, and one text begins in lower case. Programs compare these texts.
+// Kept: the first match counts, so the second EMFILE and ENOMEM and the last ENAMETOOLONG are never reached,
+// ENAMETOOLONG has the text of ENFILE, and one text begins in lower case. Programs compare these texts.
 constexpr OpenError OpenErrors[] = {
     {EACCES,
-     "While trying to open file %s : Search permission is denied on a component of the path prefix, or the file exists and "
-     "the permissions specified by mode (rb) are denied, or the file does not exist and write permission is denied for the "
-     "parent directory of the file to be created."},
+     "While trying to open file %s : Search permission is denied on a component of the path prefix, or the file "
+     "exists and the permissions specified by mode (rb) are denied, or the file does not exist and write permission "
+     "is denied for the parent directory of the file to be created."},
     {EISDIR, "While trying to open file %s : The named file is a directory and mode requires write access."},
     {EMFILE,
-     "while trying to open file %s : Too many open files. No more file descriptors are available, so no more files can be "
-     "opened."},
+     "while trying to open file %s : Too many open files. No more file descriptors are available, so no more files "
+     "can be opened."},
     {EMFILE, "While trying to open file %s : Too many open files, no more files can be opened."},
     {ENFILE, "While trying to open file %s : The maximum allowable number of files is currently open in the system."},
     {ENAMETOOLONG,
      "While trying to open file %s : The maximum allowable number of files is currently open in the system."},
     {ENOSPC,
-     "While trying to open file %s : No space left on device. No more space for writing is available on the device (for "
-     "example, when the disk is full)."},
+     "While trying to open file %s : No space left on device. No more space for writing is available on the device "
+     "(for example, when the disk is full)."},
     {ENOENT,
-     "While trying to open file %s : No such file or directory. The specified file or directory does not exist or cannot "
-     "be found. This message can occur whenever a specified file does not exist or a component of a path does not specify "
-     "an existing directory. "},
+     "While trying to open file %s : No such file or directory. The specified file or directory does not exist or "
+     "cannot be found. This message can occur whenever a specified file does not exist or a component of a path "
+     "does not specify an existing directory. "},
     {ENOTDIR,
      "While trying to open file %s : No such file or directory. A component of the path prefix is not a directory. "},
     {ENXIO,
-     "While trying to open file %s : No such file or directory. The named file is a character special or block special "
-     "file, and the device associated with this special file does not exist. "},
+     "While trying to open file %s : No such file or directory. The named file is a character special or block "
+     "special file, and the device associated with this special file does not exist. "},
     {ENOMEM, "While trying to open file %s : Insufficient storage space is available."},
     {ENOMEM, "While trying to open file %s : Insufficient storage space is available."},
     {ENAMETOOLONG,
-     "While trying to open file %s : The length of the filename exceeds maximum length allowed or a pathname component is "
-     "longer than maximum name length allowed."},
+     "While trying to open file %s : The length of the filename exceeds maximum length allowed or a pathname "
+     "component is longer than maximum name length allowed."},
 };
 
 const OpenError* findText(int error) {

@@ -5,16 +5,16 @@
 
 #include "xelcsv/XelEnv.h"
 
-// Says why fopen failed, or answers null when errno holds none of the values that have a text: the open is then taken to
-// have succeeded. It reads errno itself, before anything else; errorNumber is not looked at. The text is in a block of
-// XelMessageSize bytes of env, which the caller gives back. Leaves errno alone. Throws std::bad_alloc.
+// Says why fopen failed, or answers null when errno holds none of the values that have a text: the open is then taken
+// to have succeeded. It reads errno itself, before anything else; errorNumber is not looked at. The text is in a block
+// of XelMessageSize bytes of env, which the caller gives back. Leaves errno alone. Throws std::bad_alloc.
 char* errorTest(XelEnv env, int errorNumber, const char* fileName);
 
 // Whether errorTest has a text for this errno.
 bool XelHasOpenErrorText(int error);
 
-// Writes what to say of an open that failed with this errno to text, XelMessageSize bytes: the text of errorTest, or the
-// system's own for an errno that errorTest does not know.
+// Writes what to say of an open that failed with this errno to text, XelMessageSize bytes: the text of errorTest, or
+// the system's own for an errno that errorTest does not know.
 void XelFormatOpenError(int error, const char* fileName, char* text);
 
 // Throws XelFileNotFoundException with the text for this errno.
@@ -28,8 +28,8 @@ class XelCsvFile {
   XelCsvFile(const XelCsvFile&) = delete;
   XelCsvFile& operator=(const XelCsvFile&) = delete;
 
-  // Sets errno to 0 and opens the file with mode "r" or "rb". Answers 0, or the errno of the failure; errno is left as the
-  // open left it. The stream has no buffer: blocks are read as they are asked for.
+  // Sets errno to 0 and opens the file with mode "r" or "rb". Answers 0, or the errno of the failure; errno is left as
+  // the open left it. The stream has no buffer: blocks are read as they are asked for.
   int open(const char* fileName, const char* mode);
 
   // Closes the file if it is open. Leaves errno alone.

@@ -32,16 +32,6 @@ class XelCsvKey {
   long values = 0;
 };
 
-// The key of numberOfKeys values that a caller gave: first, then the ones of the list, each a const char*. No block when one
-// of the values is null, for no line has such a key. With 0 keys no value is looked at. Throws std::bad_alloc.
+// The key of numberOfKeys values that a caller gave: first, then the ones of the list, each a const char*. No block
+// when one of the values is null, for no line has such a key. With 0 keys no value is looked at. Throws std::bad_alloc.
 XelEnvBlock<char> XelComposeKey(XelEnv env, long numberOfKeys, const char* first, std::va_list others);
-
-// Looks a composed key up in a table or file reader. Its getLineByKey frees the key when it throws and leaves it when the
-// line comes back.
-template <class Reader>
-auto XelGetLineByKey(Reader& reader, XelEnvBlock<char> key) {
-  const char* given = key.release();
-  auto* line = reader.getLineByKey(given);
-  XelFreeString(reader.getEnv(), given);
-  return line;
-}

@@ -63,8 +63,8 @@ const char* XelCsvLine::getStringByHeader(const char* heading) const {
   return getStringByPosition(findPosition(impl, heading));
 }
 
-// Kept: the getters with a default value convert by themselves, not through the reader's parseFloat and parseInt, know "U",
-// and word an overflow in their own way (tests: LineGetters.OrDefaultValue...).
+// Kept: the getters with a default value convert by themselves, not through the reader's parseFloat and parseInt, know
+// "U", and word an overflow in their own way (tests: LineGetters.OrDefaultValue...).
 double XelCsvLine::getFloatByPositionOrDefaultValue(long position, double value) const {
   if (*getField(impl, "getFloatByPositionOrDefaultValue", position) == '\0') return value;
   return XelParseFloatOrUnbounded(impl->trimField(position));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "csv/errors/XelCsvErrors.h"
 #include "csv/line/XelCsvText.h"
@@ -65,7 +66,7 @@ char* XelCsvLineI::setFieldsToLine(char** starts) const {
 long XelCsvLineI::computeLength(const char* formatted) const {
   long length = 0;
   for (long field = 0; field < numberOfFields && length < XelLineSize; ++field) {
-    length += static_cast<long>(strnlen(formatted + length, static_cast<std::size_t>(XelLineSize - length))) + 1;
+    length += XelTextLength(formatted + length, XelLineSize - length) + 1;
   }
   return std::min(length, XelLineSize);
 }
@@ -80,6 +81,7 @@ void XelCsvLineI::adoptFields(char* formatted, char** starts, long number, XelCs
   text = formatted;
   fields = starts;
   tableReader = table;
+  env = table->getEnv();  // and may have come from another environment
   lineNumber = number;
   numberOfFields = table->getNumberOfFields();
 }
@@ -100,7 +102,7 @@ void XelCsvLineI::copy(const XelCsvLineI* other) {
   for (long field = 0; field < count; ++field) {
     newFields[field] = at;
     const char* from = other->fields[field];
-    const auto length = static_cast<long>(strnlen(from, static_cast<std::size_t>(last - at)));
+    const long length = XelTextLength(from, last - at);
     std::memcpy(at, from, static_cast<std::size_t>(length));
     at[length] = '\0';
     at = std::min(at + length + 1, last);
@@ -111,6 +113,16 @@ void XelCsvLineI::copy(const XelCsvLineI* other) {
   numberOfFields = count;
   lineNumber = other->lineNumber;
   take(newText, newFields);
+}
+
+void XelCsvLineI::swap(XelCsvLineI& other) noexcept {
+  std::swap(text, other.text);
+  std::swap(fields, other.fields);
+  std::swap(tableReader, other.tableReader);
+  std::swap(lineNumber, other.lineNumber);
+  std::swap(env, other.env);
+  std::swap(numberOfFields, other.numberOfFields);
+  std::swap(ownsStorage, other.ownsStorage);
 }
 
 void XelCsvLineI::check(const char* operation, long position) const {

@@ -6,9 +6,9 @@
 
 class XelCsvTableReaderI;
 
-// A line record: the fields of a line, back to back in one block, and where each begins. It belongs to a table, which it
-// asks for headings, name and number parsing; its destruction looks at no table. The number of fields is fixed when the
-// record is built.
+// A line record: the fields of a line, back to back in one block, and where each begins. It belongs to a table, which
+// it asks for headings, name and number parsing; its destruction looks at no table. The number of fields is fixed when
+// the record is built.
 class XelCsvLineI : public XelEnvResident {
  public:
   // A record without text, fields or line number; table may be null.
@@ -39,8 +39,8 @@ class XelCsvLineI : public XelEnvResident {
   // Bytes that the record's number of fields take in formatted text, terminators included; XelLineSize at most.
   long computeLength(const char* formatted) const;
 
-  // Uses the caller's storage without copying: a line that table formatted last, and an array for its fields. The storage
-  // stays the caller's and is never freed by the record.
+  // Uses the caller's storage without copying: a line that table formatted last, and an array for its fields. The
+  // storage stays the caller's and is never freed by the record.
   void buildCsvLine(char* formatted, char** starts, long number, XelCsvTableReaderI* table);
 
   // The same with the starts of the fields already in the array.
@@ -49,6 +49,9 @@ class XelCsvLineI : public XelEnvResident {
   // Makes this record a copy of other, packed: only the fields. From null it becomes empty. Throws std::bad_alloc, the
   // record then is as before.
   void copy(const XelCsvLineI* other);
+
+  // Exchanges the content with another record that is not an iterator's.
+  void swap(XelCsvLineI& other) noexcept;
 
   // Throws XelFieldNotFoundException, naming the operation, unless 0 <= position < getNumberOfFields().
   void check(const char* operation, long position) const;

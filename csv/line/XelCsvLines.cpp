@@ -29,6 +29,7 @@ void XelCsvLines::close() {
 
 bool XelCsvLines::seek(long offset) {
   ended = false;
+  line = {nullptr, nullptr};
   if (offset >= blockOffset && offset < blockOffset + filled) {  // iterating an index mostly goes a line ahead
     next = offset - blockOffset;
     return true;
@@ -36,7 +37,6 @@ bool XelCsvLines::seek(long offset) {
   fileEnded = false;
   next = filled = 0;
   blockOffset = offset;
-  line = {nullptr, nullptr};
   return file.seek(offset);
 }
 
@@ -66,9 +66,9 @@ bool XelCsvLines::read() {
   }
 }
 
-// Reads on behind the bytes of the block; when it is full, the bytes from the current line on move to a larger block, or to
-// the front once it is as large as blocks get. The current line stays because a caller may still look at it when no other
-// follows. Blocks grow by more than the two lines that may have to be kept.
+// Reads on behind the bytes of the block; when it is full, the bytes from the current line on move to a larger block,
+// or to the front once it is as large as blocks get. The current line stays because a caller may still look at it when
+// no other follows. Blocks grow by more than the two lines that may have to be kept.
 void XelCsvLines::fill() {
   if (filled == block.getCount()) {
     const long kept = line.begin == nullptr ? next : line.begin - block.get();

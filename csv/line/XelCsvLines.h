@@ -9,24 +9,25 @@
 // How much of the file a reader of lines is likely to want.
 enum class XelCsvReach { OneLine, ManyLines };
 
-// Hands out the physical lines of a file one after the other, with their byte offsets. A line is what fgets with a buffer
-// of XelLineSize bytes reads: up to and including its line feed, at most 9999 bytes; the rest of a longer one is the next
-// line. The file is read in blocks, small ones first, so that a single lookup reads little and a long pass reads much at
-// a time; offsets are counted, not asked for.
+// Hands out the physical lines of a file one after the other, with their byte offsets. A line is what fgets with a
+// buffer of XelLineSize bytes reads: up to and including its line feed, at most 9999 bytes; the rest of a longer one is
+// the next line. The file is read in blocks, small ones first, so that a single lookup reads little and a long pass
+// reads much at a time; offsets are counted, not asked for.
 class XelCsvLines : public XelEnvResident {
  public:
   explicit XelCsvLines(XelEnv environment) : env(environment) {}
   XelCsvLines(const XelCsvLines&) = delete;
   XelCsvLines& operator=(const XelCsvLines&) = delete;
 
-  // Opens the file and stands at its start. Answers 0 or the errno of the failure, and leaves errno as the open left it.
+  // Opens the file and stands at its start. Answers 0 or the errno of the failure, and leaves errno as the open left
+  // it.
   int open(const char* fileName, const char* mode, XelCsvReach reach);
 
   // Closes the file and gives the block back. Leaves errno alone.
   void close();
 
-  // Goes to a byte offset; reading goes on from there, also after the end was met. False when the file cannot be
-  // positioned.
+  // Goes to a byte offset; reading goes on from there, also after the end was met, and getLine() is empty until then.
+  // False when the file cannot be positioned.
   bool seek(long offset);
 
   // Size of the file in bytes, -1 when it has none. Only before the first line is read; a seek() must follow.
@@ -36,9 +37,9 @@ class XelCsvLines : public XelEnvResident {
   // A read error ends the file too. Throws std::bad_alloc.
   bool read();
 
-  // Reads on to the next line that is neither a comment nor empty: false when the file ends before. As long as the end was
-  // not met, each try adds 1 to lineNumber and stores the offset of the line tried in offset. When the end has been met,
-  // by a last line without line feed for example, nothing changes.
+  // Reads on to the next line that is neither a comment nor empty: false when the file ends before. As long as the end
+  // was not met, each try adds 1 to lineNumber and stores the offset of the line tried in offset. When the end has been
+  // met, by a last line without line feed for example, nothing changes.
   bool skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset);
 
   // The line read last, its line feed included; it stays until the next one is read. An empty text before the first.

@@ -57,6 +57,11 @@ XelCsvSpan XelTrimmed(const char* begin, const char* end) {
   return {begin, end};
 }
 
+long XelTextLength(const char* text, long limit) {
+  const void* end = std::memchr(text, '\0', static_cast<std::size_t>(limit));
+  return end == nullptr ? limit : static_cast<const char*>(end) - text;
+}
+
 void XelTrim(char* text) {
   const XelCsvSpan kept = XelTrimmed(text, text + std::strlen(text));
   const long length = kept.getLength();

@@ -22,8 +22,8 @@ struct XelFormattedLine {
 // feed, carriage return or zero byte, or at end. A space that is a separator and follows a separator outside quotes
 // vanishes.
 //
-// to may be from itself, and must have room for the bytes up to the line's end and a terminator. When fields is not null
-// it gets the start of each field, as many as there are bytes and one more at most.
+// to may be from itself, and must have room for the bytes up to the line's end and a terminator. When fields is not
+// null it gets the start of each field, as many as there are bytes and one more at most.
 XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
                                char** fields = nullptr);
 
@@ -32,6 +32,9 @@ bool XelIsSettledText(const char* text, const XelCsvFormat& format);
 
 // The text without the spaces (code 32 only) at either end.
 XelCsvSpan XelTrimmed(const char* begin, const char* end);
+
+// Bytes before the text's terminator, limit at most.
+long XelTextLength(const char* text, long limit);
 
 // Removes the spaces at either end of a zero-terminated text in place.
 void XelTrim(char* text);

@@ -1,11 +1,29 @@
 #include "csv/reader/XelCsvParameters.h"
 
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+
+#if __has_include(<sys/stat.h>)
+#include <sys/stat.h>
+#endif
 
 #include "csv/errors/XelCsvErrors.h"
 #include "csv/errors/XelCsvOpen.h"
+
+namespace {
+
+// Whether a file is a pipe, which an open would wait for. Asked of the system and not of std::filesystem, whose paths
+// take memory that is not the environment's.
+bool isPipe(const char* fileName) {
+#ifdef S_ISFIFO
+  struct stat status {};
+  return stat(fileName, &status) == 0 && S_ISFIFO(status.st_mode);
+#else
+  static_cast<void>(fileName);
+  return false;
+#endif
+}
+
+}  // namespace
 
 namespace XelCsvParameters {
 
@@ -16,10 +34,7 @@ void makeTests(XelEnv env, const char* fileName, const char* separators, char de
 
 void testFile(XelEnv /*env*/, const char* fileName) {
   if (fileName == nullptr) XelCsvErrors::emptyFileName();
-  std::error_code ignored;
-  if (std::filesystem::is_fifo(std::filesystem::status(fileName, ignored))) {
-    XelCsvErrors::corruptedTable({fileName, nullptr});
-  }
+  if (isPipe(fileName)) XelCsvErrors::corruptedTable({fileName, nullptr});
   XelCsvFile file;
   const int error = file.open(fileName, "rb");
   if (error != 0) XelThrowOpenError(error, fileName);

@@ -8,7 +8,8 @@ namespace XelCsvParameters {
 // Tests the file, then the characters; the first failure throws.
 void makeTests(XelEnv env, const char* fileName, const char* separators, char decimal, char quote, char comment);
 
-// The file can be opened. Throws XelFileNotFoundException, and XelCsvReaderException for a pipe, which no open may wait for.
+// The file can be opened. Throws XelFileNotFoundException, and XelCsvReaderException for a pipe, which no open may wait
+// for.
 void testFile(XelEnv env, const char* fileName);
 
 // The characters are there and do not clash. Throws XelCsvReaderParameterException.

@@ -109,17 +109,18 @@ XelCsvLine XelCsvReader::getLineByKey(long numberOfKeys, const char* key, ...) {
   const long keys = impl->getNumberOfKeys();
   // Kept: the table has no name here, so the message is the one without.
   if (numberOfKeys < keys) XelCsvErrors::notEnoughKeys({}, keys);
+  XelCsvTableReaderI* table = impl->getReaderForUniqueTableFile();
   XelEnvBlock<char> composed;
   std::va_list others;
   va_start(others, key);
   try {
-    composed = XelComposeKey(impl->getEnv(), keys, key, others);
+    composed = XelComposeKey(table->getEnv(), keys, key, others);
   } catch (...) {
     va_end(others);
     throw;
   }
   va_end(others);
-  lastLine = XelGetLineByKey(*impl, std::move(composed));
+  lastLine = table->findLine(std::move(composed));
   return XelCsvLine(lastLine);
 }
 
@@ -168,14 +169,14 @@ void XelCsvReader::end() {
   delete std::exchange(impl, nullptr);
 }
 
-XelCsvReader::TableIterator::TableIterator(XelCsvReader walked) : CsvTableIteratorI(walked.getImpl()) {}
+XelCsvReader::TableIterator::TableIterator(XelCsvReader walked) : XelCsvTableIteratorI(walked.getImpl()) {}
 
 XelCsvTableReader XelCsvReader::TableIterator::operator*() const {
   return XelCsvTableReader(valid != 0 ? currentTable : nullptr);
 }
 
 XelCsvReader::TableIterator& XelCsvReader::TableIterator::operator++() {
-  CsvTableIteratorI::operator++();
+  XelCsvTableIteratorI::operator++();
   return *this;
 }
 

@@ -7,6 +7,7 @@
 #include "env/XelEnvHashTable.h"
 #include "env/XelEnvOwned.h"
 #include "env/XelReaderHash.h"
+#include "xelcsv/XelCsvIteratorI.h"
 
 class XelCsvLineI;
 class XelCsvTableReaderI;
@@ -24,11 +25,13 @@ extern const char* const XelDataSchemaTable;
 
 // Implementation of a reader.
 //
-// A file of several tables is scanned once, when the reader is made, into a directory: the names in the order of the file,
-// where each table's first line is and where its last line begins. A one-table file has no directory but one table reader,
-// which the reader owns. Between two calls no file is open.
+// A file of several tables is scanned once, when the reader is made, into a directory: the names in the order of the
+// file, where each table's first line is and where its last line begins. A one-table file has no directory but one
+// table reader, which the reader owns. Between two calls no file is open.
 class XelCsvReaderI : public XelEnvResident {
  public:
+  using CsvTableIteratorI = XelCsvTableIteratorI;
+
   // Copies the settings, and scans the file or makes the one table. When the file cannot be opened it is left without
   // tables: the creator asks getOpenError() and errno. When a table's name comes back without splitting the scan stops
   // there: the creator asks isDuplicatedTableFound(). Throws std::bad_alloc, XelCsvReaderException for a corrupted file
@@ -71,8 +74,8 @@ class XelCsvReaderI : public XelEnvResident {
   // A new line record, which the caller deletes.
   XelCsvLineI* getLineByNumber(long number);
 
-  // The same by composed key, a string of exactly its length + 1 bytes of the environment. It is freed when the table
-  // throws and stays the caller's when the line comes back, or when the file is of the other kind.
+  // The same by composed key, a string of exactly its length + 1 bytes of the table's environment. It is freed when the
+  // table throws, and stays the caller's when the line comes back or the file is of the other kind.
   XelCsvLineI* getLineByKey(const char* key);
   long getNumberOfItems();
   long getNumberOfColumns() const;
@@ -109,9 +112,9 @@ class XelCsvReaderI : public XelEnvResident {
 
   // ---- Reading.
 
-  // Reads on to the next line that is neither a comment nor empty into buffer, XelLineSize bytes, which keeps its content
-  // when no line was read at all. Answers 1, or 0 when the file ended before. lineNumber and, when it is given, offset
-  // are kept as XelCsvLines::skipCommentAndEmptyLines keeps them.
+  // Reads on to the next line that is neither a comment nor empty into buffer, XelLineSize bytes, which keeps its
+  // content when no line was read at all. Answers 1, or 0 when the file ended before. lineNumber and, when it is given,
+  // offset are kept as XelCsvLines::skipCommentAndEmptyLines keeps them.
   static long skipCommentAndEmptyLines(XelCsvLines& lines, char* buffer, char commentCharacter, long* lineNumber,
                                        long* offset);
 

@@ -65,7 +65,10 @@ long XelCsvReaderI::stockTableNamesAndOffsets() {
     XelEnvBlock<OffsetAndLineNumber> record(env, 1);
     record[0] = {offset, lineNumber};
     previousName = addOffset(lineBuffer, record.get());
-    if (isDuplicatedTable(previousName, record.release())) return 1;
+    if (isDuplicatedTable(previousName, record.release())) {
+      goTo(nullptr);
+      return 1;
+    }
     goTo(previousName);
     ++numberOfTables;
   }

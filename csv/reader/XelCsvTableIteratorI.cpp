@@ -1,19 +1,24 @@
+#include <cassert>
+
 #include "csv/reader/XelCsvReaderI.h"
 #include "csv/table/XelCsvTableReaderI.h"
 #include "xelcsv/XelCsvIteratorI.h"
 
-CsvTableIteratorI::CsvTableIteratorI(XelCsvReaderI* walked) : reader(walked) { CsvTableIteratorI::initIterator(); }
+XelCsvTableIteratorI::XelCsvTableIteratorI(XelCsvReaderI* walked) : reader(walked) {
+  XelCsvTableIteratorI::initIterator();
+}
 
-CsvTableIteratorI::CsvTableIteratorI(const CsvTableIteratorI& other) { copy(other); }
+XelCsvTableIteratorI::XelCsvTableIteratorI(const XelCsvTableIteratorI& other) { copy(other); }
 
-CsvTableIteratorI& CsvTableIteratorI::operator=(const CsvTableIteratorI& other) {
+XelCsvTableIteratorI& XelCsvTableIteratorI::operator=(const XelCsvTableIteratorI& other) {
   copy(other);
   return *this;
 }
 
-CsvTableIteratorI::~CsvTableIteratorI() { clear(); }
+XelCsvTableIteratorI::~XelCsvTableIteratorI() { clear(); }
 
-void CsvTableIteratorI::initIterator() {
+void XelCsvTableIteratorI::initIterator() {
+  assert(reader != nullptr);
   clear();
   const long skip = reader->getNumberOfReservedTables();
   currentIndex = skip;
@@ -25,7 +30,7 @@ void CsvTableIteratorI::initIterator() {
   valid = 1;
 }
 
-CsvTableIteratorI& CsvTableIteratorI::operator++() {
+XelCsvTableIteratorI& XelCsvTableIteratorI::operator++() {
   const long next = currentIndex + 1;
   valid = next < endIndex ? 1 : 0;
   clear();
@@ -36,12 +41,12 @@ CsvTableIteratorI& CsvTableIteratorI::operator++() {
   return *this;
 }
 
-void CsvTableIteratorI::openTable(long index) {
+void XelCsvTableIteratorI::openTable(long index) {
   currentTable = reader->getTableByName(reader->getTableName(index));
   currentTable->setLent();
 }
 
-void CsvTableIteratorI::copy(const CsvTableIteratorI& other) {
+void XelCsvTableIteratorI::copy(const XelCsvTableIteratorI& other) {
   if (this == &other) return;
   clear();
   reader = other.reader;
@@ -51,7 +56,7 @@ void CsvTableIteratorI::copy(const CsvTableIteratorI& other) {
   if (valid != 0) openTable(currentIndex);
 }
 
-void CsvTableIteratorI::clear() {
+void XelCsvTableIteratorI::clear() {
   delete currentTable;
   currentTable = nullptr;
 }

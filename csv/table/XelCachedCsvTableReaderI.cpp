@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "csv/errors/XelCsvOpen.h"
 #include "csv/line/XelCsvLineI.h"
@@ -68,7 +69,7 @@ XelCsvLineI* XelCachedCsvTableReaderI::getLineByNumber(long number) {
   const bool isThere = number >= 0 && number < getNumberOfItems();
   const char* key = isThere ? getLineKey(number) : nullptr;
   if (key == nullptr) XelCsvErrors::noLineIndexed(getSite(), number);
-  return XelGetLineByKey(*this, XelCopyString(env, key));
+  return findLine(XelCopyString(env, key));
 }
 
 XelCsvLineI* XelCachedCsvTableReaderI::getLineByKey(const char* key) {
@@ -121,15 +122,23 @@ void XelCachedCsvTableReaderI::clearTable() {
 
 void XelCachedCsvTableReaderI::copy(XelCsvTableReaderI* other) {
   if (other == this) return;
-  clearTable();
-  partialCopy(other);
-  if (getOpenError() != 0) return;
+  XelCachedCsvTableReaderI fresh(env);
+  fresh.partialCopy(other);
   auto* cached = dynamic_cast<XelCachedCsvTableReaderI*>(other);
-  if (cached != nullptr) {
-    copyIndex(cached);
-  } else {
-    makeIndex();
+  if (fresh.openError == 0 && cached == nullptr) {
+    fresh.makeIndex();
+    // A scanning table may hold a key twice; in a one-table file an index says nothing of it either.
+    const char* key = fresh.nameOfTable == nullptr ? nullptr : fresh.getDuplicatedKey();
+    if (key != nullptr) XelCsvErrors::duplicatedLine(fresh.getSite(), key);
   }
+  // A file that opened but could not be read, a directory, is as good as one that did not open.
+  openError = fresh.openError == 0 && XelHasOpenErrorText(errno) ? errno : fresh.openError;
+  if (openError != 0) return;
+  if (cached != nullptr) fresh.copyIndex(cached);
+  clearTable();
+  swapTable(fresh);
+  std::swap(lineKeys, fresh.lineKeys);
+  lineOffsets.swap(fresh.lineOffsets);
 }
 
 // Whether the source had met a duplicated key is not copied.

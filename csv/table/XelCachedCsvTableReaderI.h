@@ -4,8 +4,8 @@
 #include "csv/table/XelCsvTableReaderI.h"
 #include "xelcsv/XelCsvIteratorI.h"
 
-// Reads the table's lines once when it is made and keeps, for every line, its composed key and where it begins. A lookup
-// costs one search in memory, one seek and one line read. Fields are never kept.
+// Reads the table's lines once when it is made and keeps, for every line, its composed key and where it begins. A
+// lookup costs one search in memory, one seek and one line read. Fields are never kept.
 //
 // It calls its own lookups through the virtual operations, so a derived class that overrides one changes the others.
 class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
@@ -15,8 +15,8 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   explicit XelCachedCsvTableReaderI(XelEnv environment);
 
   // Indexes the table. When two lines have one key it stops at the second: the creator asks getDuplicatedKey().
-  // Throws, besides what the base throws, XelCsvReaderException when a line of the table has fewer fields than there are
-  // key columns, XelFieldNotFoundException when one lacks a key field.
+  // Throws, besides what the base throws, XelCsvReaderException when a line of the table has fewer fields than there
+  // are key columns, XelFieldNotFoundException when one lacks a key field.
   XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName, const OffsetAndLineNumber* start);
   ~XelCachedCsvTableReaderI() override;
 
@@ -37,12 +37,12 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   void clearTable() override;
   void copy(XelCsvTableReaderI* other) override;
 
-  // Reads the table's lines into the index from a file that stands before the first of them. Answers 1 when it stopped at a
-  // duplicated key, which is then the last key of the list, else 0.
+  // Reads the table's lines into the index from a file that stands before the first of them. Answers 1 when it stopped
+  // at a duplicated key, which is then the last key of the list, else 0.
   long stockLineOffsets(XelCsvLines& lines);
 
-  // Adds a key of the list with its record to the index. Answers 0 when an equal key is there (the first record stays and
-  // the given one is still the caller's), else 1.
+  // Adds a key of the list with its record to the index. Answers 0 when an equal key is there (the first record stays
+  // and the given one is still the caller's), else 1.
   long addLineOffset(const char* key, OffsetAndLineNumber* record);
 
   // Key number index in file order; null when there is none.

@@ -40,8 +40,8 @@ void XelCsvTableReaderI::readHeadingZone(const OffsetAndLineNumber* start) {
     const bool isKeyLine = hasWord(line.get(), "KEYS");
     if (isHeadingLine) addHeadingLine(line.get(), lineNumber);
     if (isKeyLine) addKeyLine(line.get(), lineNumber);
-    // Kept: when the line ended the file without a line feed, offset and number stay its own, so that it is the table's one
-    // data line too (test: HeadingZone.HeadingLineThatEndsTheFileWithoutLineFeedIsADataLineToo).
+    // Kept: when the line ended the file without a line feed, offset and number stay its own, so that it is the table's
+    // one data line too (test: HeadingZone.HeadingLineThatEndsTheFileWithoutLineFeedIsADataLineToo).
     if (skipCommentAndEmptyLines(file, line.get(), reader->getComment(), &lineNumber, &offset) == 0) break;
     formatLine(line.get());
   }

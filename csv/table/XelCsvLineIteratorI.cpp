@@ -7,7 +7,8 @@
 
 namespace {
 
-// What both iterators hold while they walk: their own file, a line's buffer and field array, and the one record over them.
+// What both iterators hold while they walk: their own file, a line's buffer and field array, and the one record over
+// them.
 struct WalkStorage {
   XelEnvOwner<XelCsvLines> file;
   XelEnvBlock<char> buffer;

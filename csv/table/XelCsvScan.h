@@ -7,9 +7,9 @@
 
 class XelCsvLineI;
 
-// Reads the lines of a table from its first data line on: opens the file, skips comment and empty lines, keeps offset and
-// number, formats a line when it is asked for, and closes the file on every way out. Lines are formatted out of the file's
-// block into one buffer; a record is made only of the line that is handed out.
+// Reads the lines of a table from its first data line on: opens the file, skips comment and empty lines, keeps offset
+// and number, formats a line when it is asked for, and closes the file on every way out. Lines are formatted out of the
+// file's block into one buffer; a record is made only of the line that is handed out.
 class XelCsvScan {
  public:
   // Opens the file with mode "r" or "rb" and stands before the first data line.
@@ -43,8 +43,8 @@ class XelCsvScan {
   // Composes the formatted line's key. Throws XelFieldNotFoundException when it lacks a key field, std::bad_alloc.
   void composeKey(XelCsvKey& key) const;
 
-  // Whether the formatted line has this key. Throws XelFieldNotFoundException when it lacks a key field, whether or not the
-  // fields before it match.
+  // Whether the formatted line has this key. Throws XelFieldNotFoundException when it lacks a key field, whether or not
+  // the fields before it match.
   bool hasKey(const char* key) const;
 
   // A record of the formatted line, which the caller deletes; its first field is trimmed in place when named, its key

@@ -16,21 +16,16 @@ namespace {
 // A table is walked through its index when it has one, whatever its file reader says: copying keeps a table's kind.
 XelCachedCsvTableReaderI* asCached(XelCsvTableReaderI* table) { return dynamic_cast<XelCachedCsvTableReaderI*>(table); }
 
-// Throws XelDuplicatedLineException when two lines of the table have one key, XelFileNotFoundException when its file could
-// not be opened.
-void checkTable(const XelCsvTableReaderI& table) {
-  const char* key = XelGetDuplicatedKey(table);
-  if (key != nullptr) XelCsvErrors::duplicatedLine(table.getSite(), key);
-  XelCheckOpened(table.getOpenError(), table.getReader()->getFileName());
-}
-
 }  // namespace
 
 XelCsvTableReader::XelCsvTableReader(XelCsvReaderI* reader, const char* tableName) {
+  assert(reader != nullptr);
   const OffsetAndLineNumber* start = reader->getOffsetAndLineNumber(tableName);
   if (start == nullptr) XelCsvErrors::tableNotFound(tableName);
   XelEnvOwner<XelCsvTableReaderI> table = XelMakeTableReader(reader, tableName, start);
-  checkTable(*table);
+  const char* key = XelGetDuplicatedKey(*table);
+  if (key != nullptr) XelCsvErrors::duplicatedLine(table->getSite(), key);
+  XelCheckOpened(table->getOpenError(), reader->getFileName());
   impl = table.release();
 }
 
@@ -68,7 +63,7 @@ XelCsvLine XelCsvTableReader::getLineByKey(long numberOfKeys, const char* key, .
     throw;
   }
   va_end(others);
-  lastLine = XelGetLineByKey(*impl, std::move(composed));
+  lastLine = impl->findLine(std::move(composed));
   return XelCsvLine(lastLine);
 }
 
@@ -114,24 +109,27 @@ void XelCsvTableReader::copy(const XelCsvTableReader& other) {
   if (this == &other) return;
   const XelEnv env = other.impl->getEnv();
   XelEnvOwner<XelCsvLineI> line;
-  if (other.lastLine != nullptr) {
-    line = XelNew<XelCsvLineI>(env, env, other.impl);
-    line->copy(other.lastLine);
-  }
-  if (impl == nullptr) impl = XelMakeEmptyTableReader(env, other.impl->getReader()->isCached()).release();
-  if (impl != other.impl) {
-    try {
-      impl->copy(other.impl);
-      checkTable(*impl);
-    } catch (...) {
-      if (!impl->isLent()) delete impl;
-      impl = nullptr;
-      throw;
+  try {
+    if (impl == nullptr) impl = XelMakeEmptyTableReader(env, other.impl->getReader()->isCached()).release();
+    if (other.lastLine != nullptr) {
+      line = XelNew<XelCsvLineI>(env, env, impl);
+      line->copy(other.lastLine);
+      line->setTableReader(impl);
     }
+    if (impl != other.impl) {
+      impl->copy(other.impl);
+      XelCheckOpened(impl->getOpenError(), other.impl->getReader()->getFileName());
+    }
+  } catch (...) {
+    if (impl != nullptr && !impl->isLent()) delete impl;
+    impl = nullptr;
+    throw;
   }
-  delete lastLine;
-  lastLine = line.release();
-  if (lastLine != nullptr) lastLine->setTableReader(impl);
+  if (lastLine != nullptr && line.get() != nullptr) {
+    lastLine->swap(*line);  // handles of the last line show the copy
+  } else {
+    delete std::exchange(lastLine, line.release());
+  }
 }
 
 long XelCsvTableReader::getNumberOfColumns() const {

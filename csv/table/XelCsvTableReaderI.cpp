@@ -1,7 +1,9 @@
 #include "csv/table/XelCsvTableReaderI.h"
 
 #include <cstring>
+#include <initializer_list>
 #include <iostream>
+#include <utility>
 
 #include "csv/errors/XelCsvOpen.h"
 #include "csv/line/XelCsvLineI.h"
@@ -70,6 +72,30 @@ void XelCsvTableReaderI::partialCopy(XelCsvTableReaderI* other) {
   nameOfTable = other->nameOfTable;
   lineLength = other->lineLength;
   file.close();
+}
+
+XelCsvLineI* XelCsvTableReaderI::findLine(XelEnvBlock<char> key) {
+  const char* given = key.release();  // the table's from here on, unless the line comes back
+  XelCsvLineI* line = getLineByKey(given);
+  XelFreeString(env, given);
+  return line;
+}
+
+void XelCsvTableReaderI::swapTable(XelCsvTableReaderI& other) noexcept {
+  std::swap(firstLine, other.firstLine);
+  std::swap(lineLength, other.lineLength);
+  std::swap(numberOfColumns, other.numberOfColumns);
+  std::swap(numberOfFields, other.numberOfFields);
+  std::swap(reader, other.reader);
+  std::swap(nameOfTable, other.nameOfTable);
+  std::swap(keyPositions, other.keyPositions);
+  std::swap(firstDataOffset, other.firstDataOffset);
+  std::swap(endOffset, other.endOffset);
+  std::swap(firstDataLineNumber, other.firstDataLineNumber);
+  std::swap(env, other.env);
+  for (XelCsvTableReaderI* table : {this, &other}) {
+    if (table->firstLine != nullptr) table->firstLine->setTableReader(table);
+  }
 }
 
 bool XelCsvTableReaderI::tryOpen(XelCsvLines& lines) {

@@ -10,8 +10,8 @@
 class XelCsvLineI;
 
 // One table of a file, abstract. After construction its heading zone is fixed; what the last formatted line was, its
-// number of fields and length, changes with every line. The file reader must outlive the use of the table; the destructor
-// looks at neither.
+// number of fields and length, changes with every line. The file reader must outlive the use of the table; the
+// destructor looks at neither.
 class XelCsvTableReaderI : public XelEnvResident {
  public:
   // A reader of no table, to copy another into. Throws std::bad_alloc.
@@ -29,26 +29,29 @@ class XelCsvTableReaderI : public XelEnvResident {
   // A line by its number among the table's data lines, a new record which the caller deletes.
   virtual XelCsvLineI* getLineByNumber(long number) = 0;
 
-  // A line by its composed key, a new record which the caller deletes. The key is a string of exactly its length + 1 bytes
-  // of the environment; it is freed whenever this throws, and stays the caller's when the line comes back. A null key is
-  // not found.
+  // A line by its composed key, a new record which the caller deletes. The key is a string of exactly its length + 1
+  // bytes of the environment; it is freed whenever this throws, and stays the caller's when the line comes back. A null
+  // key is not found.
   virtual XelCsvLineI* getLineByKey(const char* key) = 0;
+
+  // getLineByKey() with a key that goes back in every case.
+  XelCsvLineI* findLine(XelEnvBlock<char> key);
 
   // Number of data lines.
   virtual long getNumberOfItems() = 0;
 
-  // Where a named item begins: a table for the scanning reader, a line by its key for the cached one. Null when there is
-  // none.
+  // Where a named item begins: a table for the scanning reader, a line by its key for the cached one. Null when there
+  // is none.
   virtual OffsetAndLineNumber* getOffsetAndLineNumber(const char* name) const = 0;
 
-  // Gives back what was learned of the table; it is as if made empty.
+  // Gives back what was learned of the table's lines: headings, keys, index.
   virtual void clearTable() = 0;
 
-  // Makes this reader a copy of another. Throws what the constructor throws; when the file cannot be opened the creator asks
-  // getOpenError() and errno.
+  // Makes this reader a copy of another; its kind stays. Throws what the constructor throws, and this reader is as
+  // before then. When the file cannot be opened nothing is copied: the creator asks getOpenError() and errno.
   virtual void copy(XelCsvTableReaderI* other) = 0;
 
-  // The state that all kinds share, out of another reader: columns, heading line, keys, region.
+  // The state that all kinds share, out of another reader into this empty one: columns, heading line, keys, region.
   void partialCopy(XelCsvTableReaderI* other);
 
   // Forgets heading line and keys.
@@ -129,6 +132,9 @@ class XelCsvTableReaderI : public XelEnvResident {
  protected:
   // Opens the file, or remembers why not.
   bool tryOpen(XelCsvLines& lines);
+
+  // Exchanges what was learned of the table with another reader, the environment that it lives in too.
+  void swapTable(XelCsvTableReaderI& other) noexcept;
 
   XelCsvLineI* firstLine = nullptr;
   long lineLength = 0;

@@ -37,6 +37,8 @@ XelCsvLineI* XelNonCachedCsvTableReaderI::getLineByNumber(long number) {
       return scan.makeLine(isNamed, false);
     }
   }
+  // The table's number of fields is that of the last line looked at, also then.
+  if (count >= 0 || isFormatted) format();
   XelCsvErrors::noLineScanned(getSite(), number);
 }
 
@@ -79,6 +81,10 @@ void XelNonCachedCsvTableReaderI::clearTable() { partialClear(); }
 
 void XelNonCachedCsvTableReaderI::copy(XelCsvTableReaderI* other) {
   if (other == this) return;
+  XelNonCachedCsvTableReaderI fresh(env);
+  fresh.partialCopy(other);
+  openError = fresh.openError;
+  if (openError != 0) return;
   clearTable();
-  partialCopy(other);
+  swapTable(fresh);
 }

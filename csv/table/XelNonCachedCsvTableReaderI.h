@@ -4,8 +4,8 @@
 #include "csv/table/XelCsvTableReaderI.h"
 #include "xelcsv/XelCsvIteratorI.h"
 
-// Each lookup opens the file, reads the table's lines from the first one on until it has what it looks for, and closes the
-// file. Its cost grows with the bytes before the line.
+// Each lookup opens the file, reads the table's lines from the first one on until it has what it looks for, and closes
+// the file. Its cost grows with the bytes before the line.
 class XelNonCachedCsvTableReaderI : public XelCsvTableReaderI {
  public:
   using NonCachedCsvLineIteratorI = XelNonCachedCsvLineIteratorI;
@@ -20,8 +20,8 @@ class XelNonCachedCsvTableReaderI : public XelCsvTableReaderI {
   // table; where the file ends, any number past the last line yields that line again, formatted again.
   XelCsvLineI* getLineByNumber(long number) override;
 
-  // The first line with this key. Throws XelLineNotFoundException, XelCsvReaderException when a line before it, of whatever
-  // table, has fewer fields than there are key columns, XelFieldNotFoundException when one lacks a key field.
+  // The first line with this key. Throws XelLineNotFoundException, XelCsvReaderException when a line before it, of
+  // whatever table, has fewer fields than there are key columns, XelFieldNotFoundException when one lacks a key field.
   XelCsvLineI* getLineByKey(const char* key) override;
 
   long getNumberOfItems() override;

@@ -106,23 +106,23 @@ class XELCSV_API XelCachedCsvLineIteratorI {
 };
 
 // Walk over the tables of a file, the reserved ones at its start left out.
-class XELCSV_API CsvTableIteratorI {
+class XELCSV_API XelCsvTableIteratorI {
  public:
   // An iterator over nothing.
-  CsvTableIteratorI() = default;
+  XelCsvTableIteratorI() = default;
 
   // Stands on the first table. Throws what XelCsvReader::getTableByName throws.
-  explicit CsvTableIteratorI(XelCsvReaderI* reader);
+  explicit XelCsvTableIteratorI(XelCsvReaderI* reader);
 
-  CsvTableIteratorI(const CsvTableIteratorI& other);
-  CsvTableIteratorI& operator=(const CsvTableIteratorI& other);
-  virtual ~CsvTableIteratorI();
+  XelCsvTableIteratorI(const XelCsvTableIteratorI& other);
+  XelCsvTableIteratorI& operator=(const XelCsvTableIteratorI& other);
+  virtual ~XelCsvTableIteratorI();
 
   virtual void initIterator();
-  virtual CsvTableIteratorI& operator++();
+  virtual XelCsvTableIteratorI& operator++();
 
   // Stands on the table that other stands on, with a table reader of its own.
-  void copy(const CsvTableIteratorI& other);
+  void copy(const XelCsvTableIteratorI& other);
 
   // Destroys the current table reader.
   void clear();

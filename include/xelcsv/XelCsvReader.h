@@ -11,13 +11,16 @@
 //   reader.end();
 //   env.end();
 //
-// A handle; copies share the implementation but not the last line, and destroying a handle destroys neither: end() does,
-// called once on any one of the handles. The file must be a regular file and keep its contents while it is read; no file
-// stays open between two calls, iterators excepted. One thread at a time; readers of different environments share nothing.
+// A handle; copies share the implementation but not the last line, and destroying a handle destroys neither: end()
+// does, called once on any one of the handles. A line that was looked up belongs to the very handle that looked it up;
+// assigning an empty handle gives the last line of one of several handles back without ending the reader. The file must
+// be a regular file (a pipe or a directory is refused, an endless device is read for ever) and keep its contents while
+// it is read; no file stays open between two calls, iterators excepted. One thread at a time; readers of different
+// environments share nothing.
 //
-// A physical line is at most 9999 bytes long; a longer one is read as several. Lines are counted from 0, comment and empty
-// ones included. Every operation that reads the file may throw XelFileNotFoundException when it cannot be opened, and
-// std::bad_alloc. After an exception the reader, its tables and all other handles go on working.
+// A physical line is at most 9999 bytes long; a longer one is read as several. Lines are counted from 0, comment and
+// empty ones included. Every operation that reads the file may throw XelFileNotFoundException when it cannot be opened,
+// and std::bad_alloc. After an exception the reader, its tables and all other handles go on working.
 //
 // Using an empty handle is a mistake of the caller: an assertion in debug builds.
 class XELCSV_API XelCsvReader {
@@ -67,7 +70,7 @@ class XELCSV_API XelCsvReader {
   //   isMultiTable         non-zero: several tables, each line begins with its table's name; the file is scanned once.
   //                        Zero: the whole file is one table.
   //   allowTableSplitting  non-zero: the lines of a table may be spread over the file
-  //   separators           every character of it separates fields
+  //   separators           every character of it separates fields; with none each line is one field
   //   decimal              the decimal point of numbers
   //   quote                switches quoting; separators in quotes are text
   //   comment              a line that begins with it is skipped
@@ -76,7 +79,9 @@ class XELCSV_API XelCsvReader {
   //
   // Throws XelFileNotFoundException when the file cannot be opened, XelCsvReaderParameterException when separators is
   // null, a character is 0, or two of them clash, XelDuplicatedTableException when a table's name comes back without
-  // table splitting, XelCsvReaderException for a corrupted file or one that is not a regular file.
+  // table splitting, XelCsvReaderException for a pipe; for a one-table file also what the constructor of
+  // XelCsvTableReader throws, but for the duplicated line: of two lines with one key the first is found and the index
+  // ends at the second.
   XelCsvReader(XelEnv env, const char* fileName, long isMultiTable = 0, long allowTableSplitting = 0,
                const char* separators = ",", char decimal = '.', char quote = '"', char comment = '#',
                long isCached = 1);
@@ -94,10 +99,13 @@ class XELCSV_API XelCsvReader {
   XelCsvTableReader getTableByName(const char* name);
   XelCsvTableReader getTableByNumber(long number);
 
-  // Field 1 of line 0 of the table XELO_CSV_FORMAT, read from the file each time.
+  // Field 1 of line 0 of the table XELO_CSV_FORMAT, read from the file each time. This and the two below throw
+  // XelTableNotFoundException when the file has no such table, XelFieldNotFoundException when its line has no such
+  // field, and what getTableByName and XelCsvTableReader::getLineByNumber throw.
   double getCsvFormat();
 
-  // Field 2 and field 1 of line 0 of the table XELO_DATA_SCHEMA, read once. The text lives as long as the reader.
+  // Field 2 and field 1 of line 0 of the table XELO_DATA_SCHEMA, read once. The text lives as long as the reader. When
+  // field 2 is missing the first call throws, but the text is known from then on, and the version is 0.0.
   double getFileVersion();
   const char* getRequiredBy();
 
@@ -106,7 +114,8 @@ class XELCSV_API XelCsvReader {
   // The table itself; it stays with the reader.
   XelCsvTableReader getReaderForUniqueTableFile() const;
 
-  // As the operations of XelCsvTableReader, for the one table. Lines belong to this handle and live until its next lookup.
+  // As the operations of XelCsvTableReader, for the one table. Lines belong to this handle and live until its next
+  // lookup.
   XelCsvLine getLineByNumber(long number);
   XelCsvLine getLineByKey(long numberOfKeys, const char* key, ...);
   long getNumberOfItems();
@@ -119,7 +128,8 @@ class XELCSV_API XelCsvReader {
 
   // ---- Both kinds.
 
-  // Never returns a table: the message says which operation to use instead. Throws XelIncorrectCsvReaderUseException.
+  // Never returns a table, whatever the file: use getTableByName or getReaderForUniqueTableFile. Throws
+  // XelIncorrectCsvReaderUseException.
   XelCsvTableReader getTable();
 
   // Number of tables, without XELO_CSV_FORMAT and XELO_DATA_SCHEMA at the start of the file. 1 for a one-table file.
@@ -156,7 +166,7 @@ class XELCSV_API XelCsvReader {
 //   for (XelCsvReader::TableIterator it(reader); it.ok(); ++it) use(*it);
 //
 // The reader must outlive the walk. A copy stands on the same table with a table reader of its own.
-class XELCSV_API XelCsvReader::TableIterator : public CsvTableIteratorI {
+class XELCSV_API XelCsvReader::TableIterator : public XelCsvTableIteratorI {
  public:
   // An iterator over nothing; ok() is false.
   TableIterator() = default;
@@ -168,8 +178,8 @@ class XELCSV_API XelCsvReader::TableIterator : public CsvTableIteratorI {
   // The current table, lent: it lives until the next ++ or end(). An empty handle when there is none.
   XelCsvTableReader operator*() const;
 
-  // Goes to the next table. When it cannot be made, its exception comes through, *it is an empty handle, and the next ++
-  // goes on to the table after it.
+  // Goes to the next table. When it cannot be made, its exception comes through, *it is an empty handle, and the next
+  // ++ goes on to the table after it.
   TableIterator& operator++() override;
 
   // Whether the iterator stands on a table. After end() it answers what it answered before.

@@ -6,14 +6,18 @@
 
 // One table: lookups of its lines by number and by key, its columns and its keys.
 //
-// A handle; copies share the table reader behind it but not the last line, and destroying a handle destroys neither: end()
-// does. A table made by a reader's getTableByName, getTableByNumber or by the constructor below is ended once, by any one
-// of its handles; the table of a one-table file and the current table of an iterator are lent and stay with their owner.
-// The reader must outlive the use of its tables; no order of destruction does harm. One thread at a time.
+// A handle; copies share the table reader behind it but not the last line, and destroying a handle destroys neither:
+// end() does. A table made by a reader's getTableByName, getTableByNumber or by the constructor below is ended once, by
+// any one of its handles; the table of a one-table file and the current table of an iterator are lent and stay with
+// their owner. The reader must outlive the use of its tables; no order of destruction does harm. One thread at a time.
 //
-// Exceptions are nested in XelCsvReader and derive from XelQuietException. Every operation that reads the file may throw
-// XelFileNotFoundException when it cannot be opened and std::bad_alloc. A failed lookup leaves the table as it was, but it
-// too ends the former last line.
+// A line that was looked up belongs to the very handle that looked it up. To give back the last line of one of several
+// handles without ending the table, assign an empty handle to it: handle = XelCsvTableReader(). Functions that look
+// lines up best take the handle by reference.
+//
+// Exceptions are nested in XelCsvReader and derive from XelQuietException. Every operation that reads the file may
+// throw XelFileNotFoundException when it cannot be opened, XelCsvReaderException when it cannot be positioned, and
+// std::bad_alloc. A failed lookup leaves the table as it was, but it too ends the former last line.
 //
 // Using an empty handle is a mistake of the caller: an assertion in debug builds.
 class XELCSV_API XelCsvTableReader {
@@ -28,7 +32,9 @@ class XELCSV_API XelCsvTableReader {
 
   // A new reader of the table called tableName, cached or not as the file reader is. Ended by the user.
   // Throws XelTableNotFoundException, XelDuplicatedLineException when two lines of a cached table have the same key,
-  // XelCsvReaderException for a corrupted file, XelOverflowException for a number of a key line above 32 bits.
+  // XelCsvReaderException for a corrupted file and a line with fewer fields than there are key columns,
+  // XelFieldNotFoundException when a line of a cached table lacks a key field, XelOverflowException for a number of a
+  // key line above 32 bits.
   XelCsvTableReader(XelCsvReaderI* reader, const char* tableName);
 
   XelCsvTableReader(const XelCsvTableReader& other);             // shares the table; no last line
@@ -42,15 +48,18 @@ class XELCSV_API XelCsvTableReader {
   // joined with "-", and so are the fields of the lines, trimmed: "a-b" and "c" find the line "a", "b-c" too. The line
   // belongs to this handle and lives until its next lookup. Values may point into the former last line.
   // Throws XelLineNotFoundException when no line has this key, a value is null, or there are too few values;
-  // XelCsvReaderException when a line has fewer fields than there are key columns.
+  // a table that is not cached also XelCsvReaderException when a line that it reads, of whatever table, has fewer
+  // fields than there are key columns, and XelFieldNotFoundException when one lacks a key field.
   XelCsvLine getLineByKey(long numberOfKeys, const char* key, ...);
 
   // The line number lineNumber of the table's data lines, counted from 0. It belongs to this handle and lives until its
-  // next lookup. Throws XelLineNotFoundException. A table that is not cached looks at its end only after counting a line,
-  // so there the number getNumberOfItems() gives the line after the table, or the last line again.
+  // next lookup. Throws XelLineNotFoundException. A table that is not cached looks at its end only after counting a
+  // line: there the number getNumberOfItems() gives the line that follows the table, and where the table is a file of
+  // its own, or its last line ends the file without a line feed, every number from there on gives the last line again.
   XelCsvLine getLineByNumber(long lineNumber);
 
-  // Whether the lines are found through an index in memory.
+  // Whether the file reader makes cached tables, whose lines are found through an index in memory. A table that was
+  // copied keeps its own kind, which may be the other.
   bool isCached() const;
 
   // Name of the table, null for the table of a one-table file. It lives as long as the file reader.
@@ -59,18 +68,24 @@ class XELCSV_API XelCsvTableReader {
   // Number of key columns.
   long getNumberOfKeys() const;
 
-  // Prints one line "key 0 ----> Heading" per key column on standard output. Answers true.
+  // Prints one line "key 0 ----> Heading" per key column on standard output, "key 0 ----> Column 1" when there is no
+  // heading line. In a one-table file the heading is that of the column to the left, for the mark in front of the
+  // heading line is not left out. Answers true. Throws XelFieldNotFoundException when the heading line is too short.
   bool printKeys() const;
 
   // Position of the column with this heading, to be used with the getters by position. The leftmost wins.
+  // The mark in front of a one-table file's heading line is found too, at -1. Spaces around a heading do not count.
   // Throws XelColumnHeaderNotFoundException when there is no heading line or no such heading.
   long getPosition(const char* heading) const;
 
-  // The heading line, an empty handle when there is none. It lives as long as the table.
+  // The heading line, an empty handle when there is none. It lives as long as the table, and until copy() into it.
   XelCsvLine getFirstLine() const;
 
   // Makes this handle's table a copy of other's, last line included. An empty handle gets a new table, which the user
-  // ends; an existing one keeps its kind, cached or not. Throws as the constructor does; the handle is empty then.
+  // ends; an existing one keeps its kind, cached or not, and changes for all its handles. other's file reader must
+  // outlive the use of the copy; both environments must outlive a copy from one to the other. When other has no last
+  // line, the own one ends. Throws as the constructor does; the handle is empty then, its table ended unless it is
+  // lent, which stays as it was.
   void copy(const XelCsvTableReader& other);
 
   // Number of columns: in a file of several tables the fields of the table's first line, its name included.
@@ -82,7 +97,8 @@ class XELCSV_API XelCsvTableReader {
   // The environment that the table lives in.
   XelEnv getEnv() const;
 
-  // Whether the table has a heading line with this heading.
+  // Whether the table has a heading line with this heading, the mark in front of a one-table file's heading line
+  // included. Trims the spaces of the heading line's fields in place.
   bool isHeadingExists(const char* heading) const;
 
   // Destroys the last line, and the table unless it is lent. The handle is empty afterwards; twice is harmless. Other
@@ -104,14 +120,17 @@ class XELCSV_API XelCsvTableReader {
 //
 //   for (XelCsvTableReader::LineIterator it(table); it.ok(); ++it) use(*it);
 //
-// The table must outlive the walk. Copying an iterator takes its position over and ends the source; assigning one starts
-// again at the first line and leaves the source alone.
+// The table must outlive the walk. Copying an iterator takes its position over and ends the source; assigning one
+// starts again at the first line and leaves the source alone.
 class XELCSV_API XelCsvTableReader::LineIterator {
  public:
   // An iterator over nothing; ok() is false.
   LineIterator() = default;
 
-  // Stands on the first line of the table. Throws XelFileNotFoundException, std::bad_alloc.
+  // Stands on the first line of the table. This and all that moves or copies an iterator may throw
+  // XelFileNotFoundException, XelCsvReaderException when the file cannot be positioned, for a cached table
+  // XelLineNotFoundException when its index lacks a line, and std::bad_alloc; the iterator has ended then:
+  // *it is an empty handle, and ok() is false from the next ++ on.
   explicit LineIterator(XelCsvTableReader table);
 
   LineIterator(const LineIterator& other);

@@ -6,7 +6,8 @@
 #define XELCSV_VERSION_PATCH 0
 #define XELCSV_VERSION "0.1.0"
 
-// XELCSV_BUILDING is defined while the library itself is compiled, XELCSV_STATIC for a program that links it statically.
+// XELCSV_BUILDING is defined while the library itself is compiled, XELCSV_STATIC for a program that links it
+// statically.
 #if defined(_WIN32) && !defined(XELCSV_STATIC)
 #ifdef XELCSV_BUILDING
 #define XELCSV_API __declspec(dllexport)
