@@ -67,7 +67,7 @@ void XelCsvTableReaderI::partialCopy(XelCsvTableReaderI* other) {
   endOffset = other->endOffset;
   firstDataOffset = other->firstDataOffset;
   firstDataLineNumber = other->firstDataLineNumber;
-  if (!file.seek(firstDataOffset)) XelCsvErrors::corruptedTable(getSite());
+  if (!file.seek(firstDataOffset)) XelCsvErrors::corruptedTable(other->getSite());
   for (long key = 0; key < other->keyPositions.getSize(); ++key) keyPositions.add(other->keyPositions[key]);
   nameOfTable = other->nameOfTable;
   lineLength = other->lineLength;

@@ -1,0 +1,78 @@
+// A data file, its reader and one of its tables, for tests of what both kinds of tables promise.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/DataFile.h"
+#include "tests/support/Outcome.h"
+#include "tests/support/TestEnv.h"
+#include "xelcsv/XelCsvReader.h"
+
+enum class Kind { Scanning, Cached };
+
+inline const char* nameOf(Kind kind) { return kind == Kind::Cached ? "cached" : "scanning"; }
+
+// Runs a test for a scanning and for a cached table.
+template <class Body>
+void forBothKinds(Body body) {
+  for (const Kind kind : {Kind::Scanning, Kind::Cached}) {
+    SCOPED_TRACE(nameOf(kind));
+    body(kind);
+  }
+}
+
+inline XelCsvReader openReader(XelEnv env, const DataFile& file, Kind kind, bool isMultiTable, bool isSplit = false) {
+  return XelCsvReader(env, file.getName(), isMultiTable ? 1 : 0, isSplit ? 1 : 0, ",", '.', '"', '#',
+                      kind == Kind::Cached ? 1 : 0);
+}
+
+// Everything is ended at the end of the scope, and the environment looks for what was lost.
+class OpenTable {
+ public:
+  // The table of a one-table file.
+  OpenTable(std::string_view content, Kind kind)
+      : file(content), reader(openReader(env, file, kind, false)), table(reader.getReaderForUniqueTableFile()) {}
+
+  // A table of a file of several tables.
+  OpenTable(std::string_view content, Kind kind, const char* name, bool isSplit = false)
+      : file(content), reader(openReader(env, file, kind, true, isSplit)) {
+    try {
+      table = reader.getTableByName(name);
+    } catch (...) {
+      reader.end();
+      throw;
+    }
+  }
+
+  ~OpenTable() {
+    table.end();
+    reader.end();
+  }
+
+  OpenTable(const OpenTable&) = delete;
+  OpenTable& operator=(const OpenTable&) = delete;
+
+  std::string getByNumber(long number) {
+    return outcomeOf([&] { return table.getLineByNumber(number); });
+  }
+
+  template <class... Values>
+  std::string getByKey(const char* first, Values... others) {
+    return outcomeOf([&] { return table.getLineByKey(static_cast<long>(1 + sizeof...(others)), first, others...); });
+  }
+
+  // All lines, by an iterator.
+  std::vector<std::string> getAll() const {
+    XelCsvTableReader::LineIterator it(table);
+    return walk(it);
+  }
+
+  TestEnv env;
+  DataFile file;
+  XelCsvReader reader;
+  XelCsvTableReader table;
+};
