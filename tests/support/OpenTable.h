@@ -25,6 +25,14 @@ void forBothKinds(Body body) {
   }
 }
 
+// What is said of a file that is not there.
+inline std::string textOfMissing(const DataFile& file) {
+  return "While trying to open file " + std::string(file.getName()) +
+         " : No such file or directory. The specified file or directory does not exist or cannot be found. This message "
+         "can occur whenever a specified file does not exist or a component of a path does not specify an existing "
+         "directory. ";
+}
+
 inline XelCsvReader openReader(XelEnv env, const DataFile& file, Kind kind, bool isMultiTable, bool isSplit = false) {
   return XelCsvReader(env, file.getName(), isMultiTable ? 1 : 0, isSplit ? 1 : 0, ",", '.', '"', '#',
                       kind == Kind::Cached ? 1 : 0);

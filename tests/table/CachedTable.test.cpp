@@ -1,0 +1,209 @@
+// The index of a cached table.
+#include <gtest/gtest.h>
+
+#include "csv/line/XelCsvLineI.h"
+#include "csv/table/XelCachedCsvTableReaderI.h"
+#include "tests/support/ExpectThrow.h"
+#include "tests/support/OpenTable.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+XelCachedCsvTableReaderI* implOf(const OpenTable& open) {
+  return dynamic_cast<XelCachedCsvTableReaderI*>(open.table.getImpl());
+}
+
+// The reader of a table as it is before anybody asks it for a duplicated key.
+XelEnvOwner<XelCachedCsvTableReaderI> makeTable(XelCsvReader& reader, const char* name) {
+  XelCsvReaderI* impl = reader.getImpl();
+  return XelNew<XelCachedCsvTableReaderI>(impl->getEnv(), impl, name, impl->getOffsetAndLineNumber(name));
+}
+
+}  // namespace
+
+TEST(CachedTable, DuplicatedKeyIsTheLastKeyAndHasNoRecord) {
+  TestEnv env;
+  DataFile file("T|KEYS,1,0\nT,a,1\nT,b,2\n\nT, a,3\nT,c,4\n");
+  XelCsvReader reader = openReader(env, file, Kind::Cached, true);
+  {
+    const XelEnvOwner<XelCachedCsvTableReaderI> table = makeTable(reader, "T");
+    EXPECT_STREQ(table->getDuplicatedKey(), "a");
+    EXPECT_EQ(table->getNumberOfItems(), 3);
+    EXPECT_STREQ(table->getLineKey(0), "a");
+    EXPECT_STREQ(table->getLineKey(1), "b");
+    EXPECT_STREQ(table->getLineKey(2), "a");
+    EXPECT_EQ(table->getLineKey(3), nullptr);
+    // The record is that of the first line; the lines after the duplicate are not indexed.
+    EXPECT_EQ(table->getOffsetAndLineNumber("a")->lineNumber, 1);
+    EXPECT_EQ(table->getOffsetAndLineNumber("a")->offset, 11);
+    EXPECT_EQ(table->getOffsetAndLineNumber("c"), nullptr);
+  }
+  reader.end();
+}
+
+TEST(CachedTable, DuplicatedKeyIsNamedByGetTableByNameAndByTheHandleInTheirOwnWords) {
+  TestEnv env;
+  DataFile file("A|KEYS,1,0\nA,x y,1\nA,b,2\nA, x y ,3\nB,b\n");
+  XelCsvReader reader = openReader(env, file, Kind::Cached, true);
+  EXPECT_XEL_THROW(reader.getTableByName("A"), XelCsvReader::XelDuplicatedLineException,
+                   "XelCsvReader::XelDuplicatedLineException : Another line with key  x y already exists In Table A .");
+  EXPECT_XEL_THROW(reader.getTableByNumber(0), XelCsvReader::XelDuplicatedLineException,
+                   "XelCsvReader::XelDuplicatedLineException : Another line with key  x y already exists In Table A .");
+  EXPECT_XEL_THROW(XelCsvTableReader(reader.getImpl(), "A"), XelCsvReader::XelDuplicatedLineException,
+                   "XelCsvReader::XelDuplicatedLineException : Another line with key  x y already exists in table A");
+  // The key of a line of another table is no duplicate.
+  XelCsvTableReader table = reader.getTableByName("B");
+  EXPECT_EQ(textOf(table.getLineByKey(1, "b")), "4: [B][b]");
+  table.end();
+  reader.end();
+}
+
+TEST(CachedTable, DuplicatedKeyInAOneTableFileIsSilent) {
+  OpenTable open("a,1\nb,2\na,1\nc,3\n", Kind::Cached);
+  EXPECT_EQ(open.table.getNumberOfItems(), 3);
+  EXPECT_EQ(open.getByNumber(2), "0: [a][1]");
+  EXPECT_EQ(open.getByKey("a", "1"), "0: [a][1]");
+  EXPECT_XEL_THROW(open.table.getLineByKey(2, "c", "3"), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line having key c-3 .");
+  EXPECT_XEL_THROW(open.table.getLineByNumber(3), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line number 3 ");
+  EXPECT_EQ(open.getAll(), (Lines{"0: [a][1]", "1: [b][2]", "0: [a][1]"}));
+}
+
+TEST(CachedTable, ADuplicateOfALineOfAnotherTableIsNoneWhereTablesAreSplit) {
+  OpenTable open("A,1\nB,1\nA,2\nB,1\n", Kind::Cached, "A", true);
+  EXPECT_EQ(open.getAll(), (Lines{"0: [A][1]", "2: [A][2]"}));
+}
+
+TEST(CachedTable, AShortLineOfAnotherTableIsNotLookedAtWhereTablesAreSplit) {
+  OpenTable open("A,1,2\nB\nA,3,4\n", Kind::Cached, "A", true);
+  EXPECT_EQ(open.getAll(), (Lines{"0: [A][1][2]", "2: [A][3][4]"}));
+}
+
+TEST(CachedTable, KeysAreIndexedTrimmedAndJoined) {
+  OpenTable open("|KEYS,0,1,1\nx, a ,b-c\n", Kind::Cached);
+  EXPECT_STREQ(implOf(open)->getLineKey(0), "a-b-c");
+  EXPECT_EQ(implOf(open)->getOffsetAndLineNumber("a-b-c")->offset, 12);
+  EXPECT_EQ(implOf(open)->getOffsetAndLineNumber(" a -b-c"), nullptr);
+}
+
+TEST(CachedTable, ALookupDoesNotCompareTheLineWithTheKeyAgain) {
+  OpenTable open("a,1\nb,2\n", Kind::Cached);
+  open.file.write("x,y\nz,w\n");
+  EXPECT_EQ(open.getByKey("b", "2"), "1: [z][w]");
+}
+
+TEST(CachedTable, OfAnEmptyReaderHasNoItems) {
+  TestEnv env;
+  const XelEnvOwner<XelCachedCsvTableReaderI> table = XelNew<XelCachedCsvTableReaderI>(env, env.get());
+  EXPECT_EQ(table->getNumberOfItems(), 0);
+  EXPECT_EQ(table->getOffsetAndLineNumber("a"), nullptr);
+  EXPECT_EQ(table->getOffsetAndLineNumber(nullptr), nullptr);
+  EXPECT_EQ(table->getDuplicatedKey(), nullptr);
+  EXPECT_XEL_THROW(table->getLineByKey(XelCopyString(env, "a").release()), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line having key a .");
+  EXPECT_XEL_THROW(table->getLineByNumber(0), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line number 0 ");
+  table->clearTable();
+  EXPECT_EQ(table->getNumberOfItems(), 0);
+}
+
+TEST(CachedTable, AddLineOffsetKeepsTheFirstRecordOfAKey) {
+  TestEnv env;
+  const XelEnvOwner<XelCachedCsvTableReaderI> table = XelNew<XelCachedCsvTableReaderI>(env, env.get());
+  const auto makeRecord = [&](long offset) {
+    XelEnvBlock<OffsetAndLineNumber> record(env, 1);
+    record[0] = {offset, 0};
+    return record;
+  };
+  XelEnvBlock<OffsetAndLineNumber> first = makeRecord(7);
+  XelEnvBlock<OffsetAndLineNumber> second = makeRecord(8);
+  EXPECT_EQ(table->addLineOffset("key", first.get()), 1);
+  first.release();
+  EXPECT_EQ(table->addLineOffset("key", second.get()), 0);
+  EXPECT_EQ(table->getOffsetAndLineNumber("key")->offset, 7);
+}
+
+TEST(ClearTable, LeavesAnEmptyUsableCachedTable) {
+  OpenTable open("T|NAMES,a,b\nT|KEYS,1,0\nT,x,1\nT,y,2\n", Kind::Cached, "T");
+  EXPECT_EQ(open.getByKey("y"), "3: [T][y][2]");
+  open.table.getImpl()->clearTable();
+  EXPECT_EQ(open.table.getNumberOfItems(), 0);
+  EXPECT_EQ(open.table.getNumberOfKeys(), 0);
+  EXPECT_TRUE(open.table.getFirstLine().isEmpty());
+  EXPECT_FALSE(open.table.isHeadingExists("a"));
+  EXPECT_XEL_THROW(open.table.getLineByKey(1, "y"), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line having key  in table T.");
+  EXPECT_XEL_THROW(open.table.getImpl()->getLineByKey(XelCopyString(open.env, "y").release()),
+                   XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line having key y in table T.");
+  EXPECT_XEL_THROW(open.table.getLineByNumber(0), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line number 0 in table T");
+  EXPECT_TRUE(open.getAll().empty());
+  open.table.getImpl()->clearTable();
+  EXPECT_EQ(open.table.getNumberOfItems(), 0);
+}
+
+TEST(ClearTable, ClearCachedTableForgetsTheIndexAlone) {
+  OpenTable open("T|NAMES,a,b\nT|KEYS,1,0\nT,x,1\n", Kind::Cached, "T");
+  implOf(open)->clearCachedTable();
+  EXPECT_EQ(open.table.getNumberOfItems(), 0);
+  EXPECT_EQ(open.table.getNumberOfKeys(), 1);
+  EXPECT_EQ(open.table.getPosition("b"), 2);
+}
+
+TEST(ClearTable, LeavesTheRegionOfAScanningTable) {
+  OpenTable open("T|NAMES,a,b\nT|KEYS,1,0\nT,x,1\nT,y,2\n", Kind::Scanning, "T");
+  open.table.getImpl()->clearTable();
+  EXPECT_EQ(open.table.getNumberOfKeys(), 0);
+  EXPECT_TRUE(open.table.getFirstLine().isEmpty());
+  EXPECT_EQ(open.table.getNumberOfItems(), 2);
+  EXPECT_EQ(open.getByNumber(1), "3: [T][y][2]");
+  EXPECT_EQ(open.getAll(), (Lines{"2: [T][x][1]", "3: [T][y][2]"}));
+}
+
+TEST(CachedTable, GrowsToManyLinesWithAwkwardKeys) {
+  // Long common beginnings, anagrams, bytes above 127, keys that differ in one byte far from the end.
+  constexpr long Count = 50000;
+  std::string content;
+  std::vector<std::string> keys;
+  keys.reserve(Count);
+  for (long number = 0; number < Count; ++number) {
+    std::string digits = std::to_string(number);
+    std::string key;
+    switch (number % 4) {
+      case 0:
+        key = "the-very-same-long-beginning-of-every-key-of-this-kind-" + digits;
+        break;
+      case 1:
+        key = digits + "-and-the-very-same-long-end-of-every-key-of-this-kind";
+        break;
+      case 2:
+        for (const char digit : digits) key += std::string("\xe9\xff\x80") + digit;
+        break;
+      default:
+        key = std::string(static_cast<std::size_t>(number % 100), 'a') + digits;
+        break;
+    }
+    keys.push_back(key);
+    content += key + ",v" + std::to_string(number) + "\n";
+    if (number % 1000 == 0) content += "# a comment\n\n";
+  }
+  OpenTable open("|KEYS,1,0\n" + content, Kind::Cached);
+  ASSERT_EQ(open.table.getNumberOfItems(), Count);
+  long number = 0;
+  for (XelCsvTableReader::LineIterator it(open.table); it.ok(); ++it, ++number) {
+    const XelCsvLine line = *it;
+    ASSERT_EQ(std::string(line.getFields()[0]), keys[static_cast<std::size_t>(number)]);
+    ASSERT_EQ(line.getLineNumber(), 1 + number + 2 * ((number + 999) / 1000));
+  }
+  EXPECT_EQ(number, Count);
+  for (number = 0; number < Count; number += 37) {
+    const std::string& key = keys[static_cast<std::size_t>(number)];
+    ASSERT_STREQ(open.table.getLineByKey(1, key.c_str()).getFields()[1], ("v" + std::to_string(number)).c_str());
+    ASSERT_STREQ(open.table.getLineByNumber(number).getFields()[0], key.c_str());
+  }
+  EXPECT_EQ(open.getByKey("the-very-same-long-beginning-of-every-key-of-this-kind-").substr(0, 24),
+            "XelLineNotFoundException");
+}
