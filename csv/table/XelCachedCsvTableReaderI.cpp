@@ -78,8 +78,7 @@ XelCsvLineI* XelCachedCsvTableReaderI::getLineByKey(const char* key) {
   const OffsetAndLineNumber* record = getOffsetAndLineNumber(key);
   if (record == nullptr) XelCsvErrors::noKeyIndexed(getSite(), key);
   XelCsvLines lines(env);
-  const int error = lines.open(reader->getFileName(), "r", XelCsvReach::OneLine);
-  if (error != 0) XelThrowOpenError(error, reader->getFileName());
+  open(lines, "r", XelCsvReach::OneLine);
   if (!lines.seek(record->offset)) XelCsvErrors::noKeyIndexed(getSite(), key);
   XelEnvBlock<char> text(env, XelLineSize);
   lines.read();  // what cannot be read any more is an empty line

@@ -1,5 +1,7 @@
+#include <cerrno>
 #include <cstring>
 
+#include "csv/errors/XelCsvOpen.h"
 #include "csv/line/XelCsvLineI.h"
 #include "csv/table/XelCsvTableReaderI.h"
 
@@ -31,6 +33,8 @@ void XelCsvTableReaderI::readHeadingZone(const OffsetAndLineNumber* start) {
   } else {
     formatLine(line.get());
   }
+  // A file without a size has no region to read; what a directory says is left to the creator.
+  if (endOffset < 0 && !XelHasOpenErrorText(errno)) XelCsvErrors::corruptedTable(getSite());
   numberOfColumns = numberOfFields;
 
   while (hasWord(line.get(), "|") && offset <= endOffset) {

@@ -16,11 +16,11 @@ struct WalkStorage {
   XelEnvOwner<XelCsvLineI> line;
 };
 
-// Opens the table's file at an offset. Throws what XelCsvTableReaderI::openAt throws.
-WalkStorage openWalk(XelCsvTableReaderI* table, const char* mode, long offset) {
+// Opens the table's file. Throws XelFileNotFoundException, std::bad_alloc.
+WalkStorage openWalk(XelCsvTableReaderI* table, const char* mode) {
   const XelEnv env = table->getEnv();
   WalkStorage walk{XelNew<XelCsvLines>(env, env), {}, {}, {}};
-  table->openAt(*walk.file, mode, XelCsvReach::ManyLines, offset);
+  table->open(*walk.file, mode, XelCsvReach::ManyLines);
   walk.buffer = XelEnvBlock<char>(env, XelLineSize);
   walk.fields = XelEnvBlock<char*>(env, XelLineSize);
   walk.line = XelNew<XelCsvLineI>(env, env, table);
@@ -64,7 +64,8 @@ void XelNonCachedCsvLineIteratorI::clear() const {
 }
 
 void XelNonCachedCsvLineIteratorI::openAt(long position) {
-  WalkStorage walk = openWalk(table, "rb", position);
+  WalkStorage walk = openWalk(table, "rb");
+  if (!walk.file->seek(position)) XelCsvErrors::corruptedTable(table->getSite());
   file = walk.file.release();
   buffer = walk.buffer.release();
   fields = walk.fields.release();
@@ -187,7 +188,7 @@ void XelCachedCsvLineIteratorI::clear() const {
 }
 
 void XelCachedCsvLineIteratorI::open(const char* mode) {
-  WalkStorage walk = openWalk(table, mode, table->getFirstDataOffset());
+  WalkStorage walk = openWalk(table, mode);
   file = walk.file.release();
   buffer = walk.buffer.release();
   fields = walk.fields.release();

@@ -103,9 +103,13 @@ bool XelCsvTableReaderI::tryOpen(XelCsvLines& lines) {
   return openError == 0;
 }
 
-void XelCsvTableReaderI::openAt(XelCsvLines& lines, const char* mode, XelCsvReach reach, long offset) const {
+void XelCsvTableReaderI::open(XelCsvLines& lines, const char* mode, XelCsvReach reach) const {
   const int error = lines.open(reader->getFileName(), mode, reach);
   if (error != 0) XelThrowOpenError(error, reader->getFileName());
+}
+
+void XelCsvTableReaderI::openAt(XelCsvLines& lines, const char* mode, XelCsvReach reach, long offset) const {
+  open(lines, mode, reach);
   if (!lines.seek(offset)) XelCsvErrors::corruptedTable(getSite());
 }
 

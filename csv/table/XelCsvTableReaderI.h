@@ -87,6 +87,9 @@ class XelCsvTableReaderI : public XelEnvResident {
   // As XelCsvReaderI::skipCommentAndEmptyLines.
   long skipCommentAndEmptyLines(XelCsvLines& lines, char* buffer, char comment, long* lineNumber, long* offset) const;
 
+  // Opens the file. Throws XelFileNotFoundException.
+  void open(XelCsvLines& lines, const char* mode, XelCsvReach reach) const;
+
   // Opens the file and stands at a byte offset of it. Throws XelFileNotFoundException, XelCsvReaderException.
   void openAt(XelCsvLines& lines, const char* mode, XelCsvReach reach, long offset) const;
 

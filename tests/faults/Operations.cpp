@@ -267,8 +267,8 @@ const std::vector<Operation>& getOperations() {
       {"reader's getLineByKey", false, true, SecondLine, nullptr, Key, {{"rb"}, "z"}, {{"r"}, "k"}, readerGetLineByKey},
       {"reader's getNumberOfItems", false, true, "2", nullptr, "", {{"rb"}, "z"}, {{}, ""}, readerGetNumberOfItems},
 
-      {"copy of a table", true, true, "Cities:4", "Cities", "", {{"rb"}, "c"}, {{"rb"}, "c"}, copyTable},
-      {"copy of the one table", false, true, "(unnamed):3", nullptr, "", {{"rb"}, "c"}, {{"rb"}, "c"}, copyTable},
+      {"copy of a table", true, true, "Cities:4", "Cities", "", {{"rb"}, "z"}, {{"rb"}, "z"}, copyTable},
+      {"copy of the one table", false, true, "(unnamed):3", nullptr, "", {{"rb"}, "z"}, {{"rb"}, "z"}, copyTable},
 
       {"getCsvFormat",
        true,
@@ -319,8 +319,8 @@ const std::vector<Operation>& getOperations() {
        copyTableIterator},
 
       // A line iterator is made apart and then assigned, which opens once more.
-      {"line iterator", true, true, City, "Cities", "", {{"rb", "rb"}, "zz"}, {{"rb", "r"}, "**"}, makeLineIterator},
-      {"line iterator's copy", true, false, City, "Cities", "", {{"rb"}, "z"}, {{"r"}, "*"}, copyLineIterator},
+      {"line iterator", true, true, City, "Cities", "", {{"rb", "rb"}, "zz"}, {{"rb", "r"}, "ii"}, makeLineIterator},
+      {"line iterator's copy", true, false, City, "Cities", "", {{"rb"}, "z"}, {{"r"}, "i"}, copyLineIterator},
       {"line iterator's assignment",
        true,
        true,
@@ -328,7 +328,7 @@ const std::vector<Operation>& getOperations() {
        "Cities",
        "",
        {{"rb", "rb"}, "zz"},
-       {{"rb", "r"}, "**"},
+       {{"rb", "r"}, "ii"},
        assignLineIterator},
       {"walk", true, false, "Cities;Paris;2004;7;@5 Cities;Rome;2005;9;@6 ", "Cities", "", {{}, ""}, {{}, ""}, walk},
       {"line iterator of one table",
@@ -338,7 +338,7 @@ const std::vector<Operation>& getOperations() {
        nullptr,
        "",
        {{"rb", "rb"}, "zz"},
-       {{"rb", "r"}, "**"},
+       {{"rb", "r"}, "ii"},
        makeLineIterator},
       {"line iterator's copy in one table",
        false,
@@ -347,7 +347,7 @@ const std::vector<Operation>& getOperations() {
        nullptr,
        "",
        {{"rb"}, "z"},
-       {{"r"}, "*"},
+       {{"r"}, "i"},
        copyLineIterator},
       {"reader's line iterator",
        false,
@@ -356,7 +356,7 @@ const std::vector<Operation>& getOperations() {
        nullptr,
        "",
        {{"rb", "rb"}, "zz"},
-       {{"rb", "r"}, "**"},
+       {{"rb", "r"}, "ii"},
        readerMakeLineIterator},
 
       // Last, for a failed copy empties the handle.
@@ -366,8 +366,8 @@ const std::vector<Operation>& getOperations() {
        "Cities:4 Cities|NAMES;name;year;size;@3",
        "Cities",
        "",
-       {{"rb"}, "c"},
-       {{"rb", "rb"}, "ci"},
+       {{"rb"}, "z"},
+       {{"rb", "rb"}, "zi"},
        copyTableOfTheOtherKind},
   };
   return operations;

@@ -31,8 +31,7 @@ struct Use {
 
   // What comes of it when each fseek on the stream of an open fails, a letter per open:
   // '-' nothing, nobody seeks there; 'z' the data cannot be reached; 'i' the lines of the index cannot be reached;
-  // 'k' the key is not found; '*' as 'z' or 'i'; 'c' as 'z', whatever the
-  // table's name (see SeekFailures.OfACopyNameTheTableThatIsCopied).
+  // 'k' the key is not found.
   std::string seeks;
 };
 
