@@ -6,9 +6,9 @@
 
 class XelCachedCsvTableReaderI;
 class XelCsvLineI;
-class XelCsvLines;
 class XelCsvReaderI;
 class XelCsvTableReaderI;
+class XelCsvWalk;
 class XelNonCachedCsvTableReaderI;
 
 // Walk over the lines of a table by scanning its file.
@@ -40,23 +40,18 @@ class XELCSV_API XelNonCachedCsvLineIteratorI {
   bool isOk() const { return ok != 0; }
 
   // The current line; it belongs to the iterator. Null when the iterator has ended.
-  XelCsvLineI* getLine() const { return line; }
+  XelCsvLineI* getLine() const;
 
  private:
   void openAt(long position);
-  void formatLine();
   bool skipOtherTables();
 
-  mutable XelCsvLines* file = nullptr;
+  mutable XelCsvWalk* walk = nullptr;  // file, buffer and line; null when the iterator has ended
   mutable XelNonCachedCsvTableReaderI* table = nullptr;
-  mutable char* buffer = nullptr;
-  mutable XelCsvLineI* line = nullptr;
   long ok = 0;
   long lineNumber = 0;
-  mutable char** fields = nullptr;
   long endOffset = 0;
   mutable long offset = 0;
-  XelEnv env = nullptr;
 };
 
 // Walk over the lines of a table in the order of its index.
@@ -87,22 +82,17 @@ class XELCSV_API XelCachedCsvLineIteratorI {
   bool isOk() const { return ok != 0; }
 
   // The current line; it belongs to the iterator. Null when the iterator has ended.
-  XelCsvLineI* getLine() const { return line; }
+  XelCsvLineI* getLine() const;
 
  private:
-  void open(const char* mode);
-  void readLine();
+  void readLine(const char* mode);
 
-  mutable XelCsvLines* file = nullptr;
+  mutable XelCsvWalk* walk = nullptr;  // file, buffer and line; null when the iterator has ended
   mutable XelCachedCsvTableReaderI* table = nullptr;
-  mutable char* buffer = nullptr;
-  mutable XelCsvLineI* line = nullptr;
   long ok = 0;
   long index = 0;
-  mutable char** fields = nullptr;
   mutable long count = 0;
   long offset = 0;
-  XelEnv env = nullptr;
 };
 
 // Walk over the tables of a file, the reserved ones at its start left out.
