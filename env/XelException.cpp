@@ -2,7 +2,7 @@
 
 #include "xelcsv/XelEnv.h"
 
-XelExceptionMessage::XelExceptionMessage(const char* message, long newCode) : code(newCode), text{} {
+XelExceptionMessage::XelExceptionMessage(const char* message, long newCode) : code(newCode) {
   if (message == nullptr) return;
   for (long index = 0; index < XelMessageSize - 1 && message[index] != '\0'; ++index) text[index] = message[index];
 }

@@ -10,7 +10,7 @@ namespace {
 constexpr long SmallSteps = 4;  // classes of the first 4 alignments, and between two powers of two
 constexpr long SmallestPower = SmallSteps * XelBlockAlignment;
 constexpr long FirstChunkSize = 4096;
-constexpr long LargestChunkSize = 64 * 1024;
+constexpr long LargestChunkSize = 64L * 1024;
 
 }  // namespace
 

@@ -80,7 +80,9 @@ void XelFormatOpenError(int error, const char* fileName, char* text) {
   if (found != nullptr) {
     putName(found->format, name, text);
   } else {
-    std::snprintf(text, XelMessageSize, "While trying to open file %s : %s.", name, std::strerror(error));
+    // Systems of today keep strerror's text by thread; the C++ library's own way to it takes memory from elsewhere.
+    const char* reason = std::strerror(error);  // NOLINT(concurrency-mt-unsafe)
+    std::snprintf(text, XelMessageSize, "While trying to open file %s : %s.", name, reason);
   }
 }
 

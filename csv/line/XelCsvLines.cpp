@@ -8,7 +8,7 @@ namespace {
 constexpr long LongestLine = XelLineSize - 1;
 constexpr long OneLineBlock = 512;
 constexpr long FirstBlock = 4096;
-constexpr long LargestBlock = 256 * 1024;
+constexpr long LargestBlock = 256L * 1024;
 constexpr long BlockGrowth = 4;
 
 }  // namespace

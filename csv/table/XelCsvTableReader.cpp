@@ -163,11 +163,7 @@ XelCsvTableReader::LineIterator::LineIterator(XelCsvTableReader walked) {
   start(walked.getImpl());
 }
 
-XelCsvTableReader::LineIterator::LineIterator(const LineIterator& other)
-    : cachedIterator(other.cachedIterator),
-      nonCachedIterator(other.nonCachedIterator),
-      table(other.table),
-      cached(other.cached) {}
+XelCsvTableReader::LineIterator::LineIterator(const LineIterator& other) = default;
 
 // Kept: the position of the source is not copied (test: LineIterator.AssigningStartsAgainAtTheFirstLine).
 XelCsvTableReader::LineIterator& XelCsvTableReader::LineIterator::operator=(const LineIterator& other) {

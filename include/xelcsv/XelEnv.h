@@ -101,7 +101,7 @@ class XELCSV_API XelExceptionMessage {
 
  private:
   long code;
-  char text[XelMessageSize];
+  char text[XelMessageSize] = {};
 };
 
 // Base of all exceptions that report a misuse of a reader or a defect of a file. Copying one never throws.
