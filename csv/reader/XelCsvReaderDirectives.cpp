@@ -57,8 +57,7 @@ void XelCsvReaderI::setCsvFormat() {
 // Directives.RequiredByIsStoredBeforeTheVersionIsLookedFor).
 void XelCsvReaderI::setRequiredByAndFileVersion() {
   const Directive directive(this, XelDataSchemaTable);
-  char* text = XelCopyString(env, directive.getField("getStringByPosition", RequiredByField)).release();
-  XelFreeString(env, requiredBy);
-  requiredBy = text;
+  // Both callers come only while there is no text.
+  requiredBy = XelCopyString(env, directive.getField("getStringByPosition", RequiredByField)).release();
   fileVersion = parseFloat(directive.getField("getFloatByPosition", VersionField));
 }

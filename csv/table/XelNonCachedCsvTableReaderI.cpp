@@ -8,6 +8,8 @@
 // GetLineByNumberScanning.PastTheEndOfTheFileYieldsTheLastLineFormattedAgain.
 XelCsvLineI* XelNonCachedCsvTableReaderI::getLineByNumber(long number) {
   XelCsvScan scan(this, "r");
+  // Kept: the kind of file is not looked at, only whether the table has a name (test:
+  // GetLineByNumberScanning.AsksForANameEvenInAOneTableFileWhenItsTableHasOne).
   const bool isNamed = reader->isTableSplittingAllowed() && nameOfTable != nullptr;
   long count = -1;
   bool isFormatted = false;
@@ -38,7 +40,7 @@ XelCsvLineI* XelNonCachedCsvTableReaderI::getLineByNumber(long number) {
     }
   }
   // The table's number of fields is that of the last line looked at, also then.
-  if (count >= 0 || isFormatted) format();
+  if (count >= 0) format();
   XelCsvErrors::noLineScanned(getSite(), number);
 }
 

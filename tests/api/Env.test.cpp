@@ -109,6 +109,17 @@ TEST(Env, SizeZeroAndNullNeverReachAUsersAllocator) {
   env.end();
 }
 
+TEST(Env, FreeingABlockOfNoBytesChangesNothingWithItsOwnManager) {
+  XelEnv env;
+  alignas(std::max_align_t) std::array<char, 64> local{};
+  env.free(local.data(), 0);
+  EXPECT_EQ(env.getBytesInUse(), 0);
+  void* block = env.allocate(1);
+  EXPECT_NE(block, static_cast<void*>(local.data())) << "it was never a block of the environment";
+  env.free(block, 1);
+  env.end();
+}
+
 TEST(Env, FreeingNullChangesNothing) {
   XelEnv env;
   void* block = env.allocate(40);

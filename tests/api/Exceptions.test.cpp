@@ -1,7 +1,6 @@
 // The family of exceptions: its tree, its messages, and how they are kept.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 #include <exception>
@@ -11,7 +10,9 @@
 #include <type_traits>
 #include <typeinfo>
 
+#include "tests/support/DataFile.h"
 #include "tests/support/ExpectThrow.h"
+#include "tests/support/VirtualSlot.h"
 #include "xelcsv/XelCsvReader.h"
 #include "xelcsv/XelEnv.h"
 
@@ -132,6 +133,27 @@ TYPED_TEST(ExceptionClass, KeepsTheMessageWhenTheBufferIsGone) {
   EXPECT_STREQ(standard.what(), "No line number 7 .");
 }
 
+TEST(Exceptions, OutliveTheReaderAndTheEnvironmentThatTheyComeFrom) {
+  std::exception_ptr kept;
+  {
+    const DataFile file("T|NAMES,a\nT,1\n");
+    XelEnv env;
+    XelCsvReader reader(env, file.getName(), 1);
+    XelCsvTableReader table = reader.getTableByName("T");
+    try {
+      table.getLineByKey(1, std::string("Oslo").c_str());
+    } catch (...) {
+      kept = std::current_exception();
+    }
+    table.end();
+    reader.end();
+    env.end();
+  }
+  ASSERT_NE(kept, nullptr);
+  EXPECT_XEL_THROW(std::rethrow_exception(kept), XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line having key Oslo in table T.");
+}
+
 TYPED_TEST(ExceptionClass, KeepsTheCode) {
   EXPECT_EQ(TypeParam("text", 1).getCode(), 1);
   EXPECT_EQ(TypeParam("text", 0).getCode(), 0);
@@ -176,32 +198,6 @@ TYPED_TEST(ExceptionClass, CanBeDestroyedThroughEachBase) {
 }
 
 #if defined(__x86_64__)
-
-namespace {
-
-// Where the operation stands in the table of virtual operations, counted from 0: here a pointer to a virtual member
-// function holds 1 plus the offset in the table, and the offset of the base whose table that is.
-template <class Class, class Result, class... Arguments>
-long getSlot(Result (Class::*operation)(Arguments...)) {
-  std::array<std::ptrdiff_t, 2> parts{};
-  static_assert(sizeof operation == sizeof parts);
-  std::memcpy(&parts, &operation, sizeof parts);
-  EXPECT_EQ(parts[0] % 8, 1) << "not virtual";
-  EXPECT_EQ(parts[1], 0) << "not in the first table";
-  return static_cast<long>((parts[0] - 1) / 8);
-}
-
-template <class Class, class Result, class... Arguments>
-long getSlot(Result (Class::*operation)(Arguments...) const) {
-  std::array<std::ptrdiff_t, 2> parts{};
-  static_assert(sizeof operation == sizeof parts);
-  std::memcpy(&parts, &operation, sizeof parts);
-  EXPECT_EQ(parts[0] % 8, 1) << "not virtual";
-  EXPECT_EQ(parts[1], 0) << "not in the first table";
-  return static_cast<long>((parts[0] - 1) / 8);
-}
-
-}  // namespace
 
 // Programs that are linked with another build of the library count on the order of the slots.
 TYPED_TEST(ExceptionClass, VirtualOperationsStandInTheOrderDestructorsMessagePrintEnd) {

@@ -464,6 +464,7 @@ TEST(PrintValueOfKeys, ChecksTheFieldOfTheHeadingLine) {
   const XelCsvLine line = table->getLineByNumber(0);
   const CoutCapture capture;
   EXPECT_XEL_THROW(line.printValueOfKeys(), FieldNotFound, fieldNotFound(2, 0, "", "getStringByPosition"));
+  EXPECT_EQ(capture.getText(), "Key 0 (") << "the heading is looked for when its turn comes";
 }
 
 TEST(LineHandle, IsEmptyAtFirst) {

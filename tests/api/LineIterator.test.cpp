@@ -175,6 +175,39 @@ TEST(LineIterator, AssigningGoesFromOneKindToTheOther) {
   }
 }
 
+TEST(LineIterator, AssigningGivesBackWhatTheFormerWalkHeld) {
+  forBothKinds([](Kind kind) {
+    const Kind other = kind == Kind::Cached ? Kind::Scanning : Kind::Cached;
+    OpenTable former(FiveLines, kind, "A");
+    const long blocks = former.env.getAllocator().getBlocksOut();
+    OpenTable next("x\ny\n", other);
+    const long openFiles = countOpenFiles();
+    LineIterator it(former.table);
+    EXPECT_GT(former.env.getAllocator().getBlocksOut(), blocks);
+    it = LineIterator(next.table);
+    EXPECT_EQ(former.env.getAllocator().getBlocksOut(), blocks);
+    EXPECT_EQ(countOpenFiles(), openFiles + 1);
+    it.end();
+    EXPECT_EQ(countOpenFiles(), openFiles);
+  });
+}
+
+TEST(LineIterator, UsesOneRecordAndTakesNoMemoryPerLine) {
+  std::string content;
+  for (long number = 0; number < 3000; ++number) content += "key" + std::to_string(number) + ",value\n";
+  forBothKinds([&](Kind kind) {
+    OpenTable open(content, kind);
+    LineIterator it(open.table);
+    const XelCsvLineI* record = (*it).getImpl();
+    const long allocations = open.env.getAllocator().getAllocations();
+    long lines = 0;
+    for (; it.ok(); ++it, ++lines) ASSERT_EQ((*it).getImpl(), record);
+    EXPECT_EQ(lines, 3000);
+    // The blocks that the file is read in grow with a long walk, and there are few of them.
+    EXPECT_LT(open.env.getAllocator().getAllocations() - allocations, 20);
+  });
+}
+
 TEST(LineIterator, ReturnedByValueGoesOn) {
   forBothKinds([](Kind kind) {
     OpenTable open(FiveLines, kind, "A");

@@ -687,6 +687,28 @@ TEST(GetLineByKey, SaysHowManyKeysThereAreWhenTooFewValuesAreGiven) {
   }
 }
 
+TEST(GetLineByKey, NamesNoTableWhenTooFewValuesAreGivenEvenWhenTheOneTableHasAName) {
+  for (const long isCached : BothReaders) {
+    TestEnv env;
+    const DataFile file(Cities);
+    const DataFile tables("A,1,2,3\n");
+    XelCsvReader reader = openOneTable(env, file, isCached);
+    XelCsvReader other = openTables(env, tables, isCached);
+    XelCsvTableReader named = other.getTableByName("A");
+    XelCsvTableReader table = reader.getReaderForUniqueTableFile();
+    table.copy(named);
+    EXPECT_XEL_THROW(
+        table.getLineByKey(1, "1"), LineException,
+        "XelCsvReader::XelLineNotFoundException : Not enought keys, the number of keys is : 3 for table A");
+    EXPECT_XEL_THROW(reader.getLineByKey(1, "1"), LineException,
+                     "XelCsvReader::XelLineNotFoundException : Not enought keys, the number of keys is : 3");
+    table.end();
+    named.end();
+    reader.end();
+    other.end();
+  }
+}
+
 TEST(GetLineByKey, NamesTheKeyThatItDidNotFind) {
   for (const long isCached : BothReaders) {
     TestEnv env;
@@ -795,6 +817,8 @@ TEST(ReaderOfOneTable, ReportsAFileThatIsGoneAndGoesOnWhenItIsBack) {
 // ---- Handles.
 
 static_assert(std::is_nothrow_move_constructible_v<XelCsvReader> && std::is_nothrow_move_assignable_v<XelCsvReader>);
+static_assert(std::is_trivially_destructible_v<XelCsvReader>);
+static_assert(sizeof(XelCsvReader) == 3 * sizeof(void*), "the reader, whether it is cached, and the last line");
 
 TEST(ReaderHandle, IsEmptyUntilItGetsAReader) {
   XelCsvReader reader;
@@ -991,6 +1015,44 @@ TEST(Handles, OfTheTableOfAOneTableFileIsEndedBeforeOrWithTheReader) {
     EXPECT_TRUE(balance.isEven());
   }
 }
+
+#ifndef NDEBUG
+TEST(ReaderHandleDeathTest, UsingAnEmptyHandleIsAnAssertion) {
+  XelCsvReader empty;
+  EXPECT_DEATH(empty.getTableByName("A"), "impl != nullptr");
+  EXPECT_DEATH(empty.getTableByNumber(0), "impl != nullptr");
+  EXPECT_DEATH(empty.getTable(), "impl != nullptr");
+  EXPECT_DEATH(empty.getReaderForUniqueTableFile(), "impl != nullptr");
+  EXPECT_DEATH(empty.getCsvFormat(), "impl != nullptr");
+  EXPECT_DEATH(empty.getFileVersion(), "impl != nullptr");
+  EXPECT_DEATH(empty.getRequiredBy(), "impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfTables(), "impl != nullptr");
+  EXPECT_DEATH(empty.isTableExists("A"), "impl != nullptr");
+  EXPECT_DEATH(empty.getLineByNumber(0), "impl != nullptr");
+  EXPECT_DEATH(empty.getLineByKey(1, "k"), "impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfItems(), "impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfColumns(), "impl != nullptr");
+  EXPECT_DEATH(empty.getFirstLine(), "impl != nullptr");
+  EXPECT_DEATH(empty.isHeadingExists("h"), "impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfKeys(), "impl != nullptr");
+  EXPECT_DEATH(empty.printKeys(), "impl != nullptr");
+  EXPECT_DEATH(empty.getPosition("h"), "impl != nullptr");
+  EXPECT_DEATH(empty.getEnv(), "impl != nullptr");
+  EXPECT_DEATH(XelCsvReader::TableIterator{empty}, "reader != nullptr");
+  EXPECT_DEATH(XelCsvReader::LineIterator{empty}, "impl != nullptr");
+}
+
+TEST(ReaderHandleDeathTest, UsingAnEndedHandleIsAnAssertion) {
+  for (const Kind& kind : AllKinds) {
+    SCOPED_TRACE(kind.name);
+    TestEnv env;
+    const DataFile file("A,1\n");
+    XelCsvReader reader = open(env, file.getName(), kind);
+    reader.end();
+    EXPECT_DEATH(reader.getNumberOfTables(), "impl != nullptr");
+  }
+}
+#endif
 
 // ---- Failing allocations, threads.
 

@@ -256,6 +256,23 @@ TEST(TableIterator, AssigningGivesTheFormerTableBack) {
   }
 }
 
+TEST(TableIterator, InitIteratorStartsTheWalkAgain) {
+  for (const long isCached : BothReaders) {
+    TestEnv env;
+    const DataFile file("XELO_CSV_FORMAT,1\nA,1\nB,1\n");
+    XelCsvReader reader = openTables(env, file, isCached);
+    XelCsvReader::TableIterator it(reader);
+    const long blocks = env.getAllocator().getBlocksOut();
+    ++it;
+    it.initIterator();
+    EXPECT_EQ(env.getAllocator().getBlocksOut(), blocks);  // one table reader is held, not two
+    EXPECT_EQ(walk(it), (Names{"A", "B"}));
+    it.initIterator();
+    EXPECT_EQ(walk(it), (Names{"A", "B"}));
+    reader.end();
+  }
+}
+
 TEST(TableIterator, PassesOverATableThatCannotBeMade) {
   TestEnv env;
   const DataFile file("A,1\nB,k\nB,k\nC,1\nD,l\nD,l\n");

@@ -128,6 +128,23 @@ TEST(TableHandle, KeepsNoPointerToTheNameThatItWasAskedWith) {
   });
 }
 
+TEST(TableHandle, DestroysNothingWhenItIsDestroyed) {
+  static_assert(std::is_trivially_destructible_v<XelCsvTableReader>);
+  forBothKinds([](Kind kind) {
+    OpenTable open(Cities, kind, "Cities");
+    XelCsvTableReaderI* impl = nullptr;
+    {
+      const XelCsvTableReader table = open.reader.getTableByName("Other");
+      impl = table.getImpl();
+    }
+    XelCsvTableReader table(impl);
+    EXPECT_EQ(textOf(table.getLineByKey(1, "x")), "4: [Other][x]");
+    table.end();
+  });
+}
+
+static_assert(sizeof(XelCsvTableReader) == 2 * sizeof(void*), "the table reader and the last line");
+
 // ---- Facts about the table.
 
 TEST(TableHandle, TellsNameColumnsKeysAndHeadings) {
@@ -461,11 +478,51 @@ TEST(CopyTable, CopiesTheLastLineIntoTheHandlesLine) {
 TEST(CopyTable, OfATableWithoutLastLineEndsTheHandlesLine) {
   forBothKinds([](Kind kind) {
     OpenTable source(Cities, kind, "Cities");
-    OpenTable target("U,9\n", kind, "U");
-    EXPECT_EQ(target.getByNumber(0), "0: [U][9]");
-    target.table.copy(source.table);
-    EXPECT_EQ(target.getByNumber(0), "2: [Cities][Paris][2004][7]");
-    target.table.end();
+    XelCsvTableReader target = source.reader.getTableByName("Cities");
+    target.copy(source.table);
+    const long withoutLine = source.env.getAllocator().getBlocksOut();
+    EXPECT_EQ(textOf(target.getLineByNumber(1)), "3: [Cities][Rome][2004][8]");
+    EXPECT_GT(source.env.getAllocator().getBlocksOut(), withoutLine);
+    target.copy(source.table);
+    EXPECT_EQ(source.env.getAllocator().getBlocksOut(), withoutLine);
+    EXPECT_EQ(textOf(target.getLineByNumber(0)), "2: [Cities][Paris][2004][7]");
+    target.end();
+  });
+}
+
+TEST(CopyTable, IntoAnEmptyHandleIsOfTheFileReadersKindNotOfItsSources) {
+  forBothKinds([](Kind kind) {
+    const Kind other = kind == Kind::Cached ? Kind::Scanning : Kind::Cached;
+    OpenTable source(Cities, kind, "Cities");
+    OpenTable between("U,9\n", other, "U");
+    between.table.copy(source.table);  // of the other kind than its file reader now
+    EXPECT_EQ(between.getByNumber(2).substr(0, 24),
+              other == Kind::Cached ? "XelLineNotFoundException" : "4: [Other][x]");
+    XelCsvTableReader copied;
+    copied.copy(between.table);
+    // One number past the end tells the kinds apart.
+    EXPECT_EQ(outcomeOf([&] { return copied.getLineByNumber(2); }).substr(0, 24),
+              kind == Kind::Cached ? "XelLineNotFoundException" : "4: [Other][x]");
+    EXPECT_EQ(textOf(copied.getLineByKey(2, "Rome", "2004")), "3: [Cities][Rome][2004][8]");
+    copied.end();
+    between.table.end();
+  });
+}
+
+TEST(CopyTable, LastLineOfTheCopyOutlivesItsSource) {
+  forBothKinds([](Kind kind) {
+    OpenTable open(Cities, kind, "Cities");
+    XelCsvTableReader copied;
+    EXPECT_FALSE(open.table.getLineByNumber(1).isEmpty());
+    const long before = open.env.getAllocator().getBlocksOut();
+    copied.copy(open.table);
+    open.table.end();
+    // The copy has a line of its own, which its next lookup replaces.
+    const long withLine = open.env.getAllocator().getBlocksOut();
+    EXPECT_EQ(textOf(copied.getLineByNumber(0)), "2: [Cities][Paris][2004][7]");
+    EXPECT_EQ(open.env.getAllocator().getBlocksOut(), withLine);
+    EXPECT_LT(withLine, 2 * before);
+    copied.end();
   });
 }
 
@@ -530,3 +587,35 @@ TEST(TableHandle, OtherTablesAreNotDisturbedByAnException) {
     other.end();
   });
 }
+
+// ---- Mistakes of the caller.
+
+#ifndef NDEBUG
+TEST(TableHandleDeathTest, UsingAnEmptyHandleIsAnAssertion) {
+  XelCsvTableReader empty;
+  XelCsvTableReader target;
+  EXPECT_DEATH(empty.getLineByKey(1, "k"), "impl != nullptr");
+  EXPECT_DEATH(empty.getLineByNumber(0), "impl != nullptr");
+  EXPECT_DEATH(empty.isCached(), "impl != nullptr");
+  EXPECT_DEATH(empty.getNameOfTable(), "impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfKeys(), "impl != nullptr");
+  EXPECT_DEATH(empty.printKeys(), "impl != nullptr");
+  EXPECT_DEATH(empty.getPosition("h"), "impl != nullptr");
+  EXPECT_DEATH(empty.getFirstLine(), "impl != nullptr");
+  EXPECT_DEATH(target.copy(empty), "other.impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfColumns(), "impl != nullptr");
+  EXPECT_DEATH(empty.getNumberOfItems(), "impl != nullptr");
+  EXPECT_DEATH(empty.getEnv(), "impl != nullptr");
+  EXPECT_DEATH(empty.isHeadingExists("h"), "impl != nullptr");
+  EXPECT_DEATH(XelCsvTableReader::LineIterator{empty}, "!= nullptr");
+  EXPECT_DEATH(XelCsvTableReader(nullptr, "T"), "reader != nullptr");
+}
+
+TEST(TableHandleDeathTest, UsingAnEndedHandleIsAnAssertion) {
+  forBothKinds([](Kind kind) {
+    OpenTable open(Cities, kind, "Cities");
+    open.table.end();
+    EXPECT_DEATH(open.table.getNumberOfItems(), "impl != nullptr");
+  });
+}
+#endif

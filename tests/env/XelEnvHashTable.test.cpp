@@ -133,11 +133,12 @@ static_assert(std::has_virtual_destructor_v<Table>);
 
 TEST(XelEnvHashTable, BeginsEmptyWithItsBuckets) {
   TestEnv env;
+  const long bytesBefore = env.getAllocator().getBytesOut();
   const Table table(env, XeldReaderHashFunction, XeldReaderCmpFunction, 128);
   EXPECT_EQ(table.getCount(), 0);
   EXPECT_EQ(table.getSize(), 128);
   EXPECT_TRUE(table.hasBuckets());
-  EXPECT_EQ(env.getAllocator().getBytesOut() % 8, 0);
+  EXPECT_EQ(env.getAllocator().getBytesOut() - bytesBefore, 128 * static_cast<long>(sizeof(void*)));
   EXPECT_TRUE(walk(table).empty());
   EXPECT_EQ(XelBucketCount, 128) << "the number of buckets of every new table";
 }
@@ -376,6 +377,31 @@ TEST(XelEnvHashTable, FreesNoValues) {
   }
   EXPECT_EQ(record, 5);
   EXPECT_EQ(env.getAllocator().getBlocksOut(), 1);
+}
+
+TEST(XelEnvHashTable, SwapExchangesEverything) {
+  TestEnv env;
+  TestEnv otherEnv;
+  Table table(env, XeldReaderHashFunction, XeldReaderCmpFunction, 2);
+  Table other(otherEnv, sameBucket, XeldReaderCmpFunction, 8);
+  for (const auto& [key, value] : {std::pair("a", 1L), std::pair("b", 2L), std::pair("c", 3L)}) other.add(key, value);
+  table.add("z", 9);
+  table.swap(other);
+  EXPECT_EQ(table.getCount(), 3);
+  EXPECT_EQ(table.getSize(), 8);
+  EXPECT_EQ(table.getEnv().getImpl(), otherEnv.get().getImpl());
+  EXPECT_EQ(walk(table), (std::vector<long>{3, 2, 1}));
+  EXPECT_EQ(table.add("d", 4), 0);
+  EXPECT_EQ(walk(table), (std::vector<long>{4, 3, 2, 1})) << "with the other's hash function, all in one bucket";
+  EXPECT_EQ(other.getCount(), 1);
+  EXPECT_EQ(other.getSize(), 2);
+  EXPECT_EQ(other.getEnv().getImpl(), env.get().getImpl());
+  long value = -1;
+  EXPECT_EQ(other.find("z", value), 0);
+  EXPECT_EQ(value, 9);
+  EXPECT_EQ(other.find("a", value), 1);
+  for (const char* key : {"b", "c", "d", "e"}) EXPECT_EQ(other.add(key, 1), 0);
+  EXPECT_EQ(other.getSize(), 4) << "it grows by its own size";
 }
 
 TEST(XelEnvHashTable, LivesInAnEnvironment) {

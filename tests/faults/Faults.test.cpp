@@ -17,7 +17,6 @@
 
 namespace {
 
-using ::testing::AnyOf;
 using ::testing::StartsWith;
 using BaseException = XelCsvReader::XelCsvReaderException;
 using FileNotFound = XelCsvReader::XelFileNotFoundException;
@@ -174,6 +173,30 @@ TEST(OpenFailures, WithoutATextOfTheirOwnHaveTheSystems) {
   EXPECT_XEL_THROW(
       XelCsvReader(env, file.getName()), FileNotFound,
       "While trying to open file " + std::string(file.getName()) + " : Too many levels of symbolic links.");
+}
+
+TEST(OpenFailures, WithoutAnyErrnoUseNoStream) {
+  for (const bool isCached : {false, true}) {
+    TestEnv env;
+    const DataFile file(OneTable);
+    FileFaults faults(file.getName());
+    faults.failOpen(0, 0);
+    const auto make = [&] { return Place{env, file.getName(), isCached, false}.makeReader(); };
+    EXPECT_THAT(catchMessage<FileNotFound>([&] {
+                  make();
+                  return std::string();
+                }),
+                StartsWith("While trying to open file " + std::string(file.getName()) + " : "));
+    EXPECT_EQ(faults.getFaults(), 1);
+    EXPECT_EQ(faults.getOpens(), 1);
+    XelCsvReader reader = make();
+    faults.reset();
+    faults.failOpen(0, 0);
+    EXPECT_THAT(catchMessage<FileNotFound>([&] { return describe(reader.getLineByNumber(0)); }),
+                StartsWith("While trying to open file " + std::string(file.getName()) + " : "));
+    EXPECT_EQ(describe(reader.getLineByNumber(1)), "Rome;2005;9;@3");
+    reader.end();
+  }
 }
 
 TEST(OpenFailures, AllOpensFailingIsNoOtherThanTheFirst) {

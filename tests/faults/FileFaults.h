@@ -78,7 +78,8 @@ class FileFaults {
     long vainReads = 0;      // reads since the end of the file or the failure
   };
 
-  static bool matches(long told, long number) { return told == Every || told == number; }
+  // A stream that was open at the last reset() has no number, and nothing is told of it by number.
+  static bool matches(long told, long number) { return told == Every || (told == number && told != None); }
 
   static FileFaults* current;
 

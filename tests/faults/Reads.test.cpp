@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "csv/errors/XelCsvOpen.h"
+#include "csv/line/XelCsvLines.h"
 #include "tests/faults/FileFaults.h"
 #include "tests/faults/Operations.h"
 #include "tests/support/DataFile.h"
@@ -235,6 +236,37 @@ TEST(ReadFailures, ThatLeaveAKnownErrnoAreReportedByWhoMakesAReaderOrATable) {
     }
   }
   EXPECT_GE(reported, 3 * 8 * 2);
+}
+
+TEST(ReadFailures, AreForgottenByASeekAndByAnotherOpen) {
+  const DataFile file("a\nb");
+  FileFaults faults(file.getName());
+  TestEnv env;
+  XelCsvLines lines(env);
+  ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::OneLine), 0);
+  for (const bool isOpenedAgain : {false, true}) {
+    SCOPED_TRACE(isOpenedAgain ? "open" : "seek");
+    faults.reset();
+    faults.failRead(0, EIO);
+    if (isOpenedAgain) {
+      ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::OneLine), 0);
+    } else {
+      ASSERT_TRUE(lines.seek(2));
+    }
+    EXPECT_FALSE(lines.read());
+    EXPECT_TRUE(lines.isEnded());
+    faults.reset();
+    if (isOpenedAgain) {
+      ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::OneLine), 0);
+    } else {
+      ASSERT_TRUE(lines.seek(0));
+    }
+    EXPECT_FALSE(lines.isEnded());
+    ASSERT_TRUE(lines.read());
+    EXPECT_EQ(std::string(lines.getLine().begin, lines.getLine().end), "a\n");
+    ASSERT_TRUE(lines.read()) << "the last line, which no line feed ends";
+    EXPECT_EQ(std::string(lines.getLine().begin, lines.getLine().end), "b");
+  }
 }
 
 TEST(ReadFailures, OfTheDirectoryScanEndItLikeTheEndOfTheFile) {

@@ -12,6 +12,7 @@
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TableOfFile.h"
 #include "tests/support/TestEnv.h"
+#include "tests/support/VirtualSlot.h"
 
 namespace {
 
@@ -132,6 +133,16 @@ TEST(OwnNumbers, AreNotYetReadInTheKeyLineOfTheFilesOneTable) {
   ASSERT_EQ(another->getNumberOfKeys(), 1);
   EXPECT_EQ(another->getKeyPosition(0), 0);
 }
+
+#if defined(__x86_64__)
+
+// A derived reader that is built apart counts on the order of the slots.
+TEST(OwnNumbers, StandInTheSlotsBehindTheDestructors) {
+  EXPECT_EQ(getSlot(&XelCsvReaderI::parseFloat), 2);
+  EXPECT_EQ(getSlot(&XelCsvReaderI::parseInt), 3);
+}
+
+#endif
 
 TEST(ReadersNumbers, AreThoseOfTheRules) {
   TestEnv env;

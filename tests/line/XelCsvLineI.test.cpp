@@ -210,6 +210,22 @@ TEST(BuildCsvLine, StaysInsideTheSizeOfALineWithTenThousandFields) {
   EXPECT_EQ(starts[9999], text.get() + 9999);
 }
 
+TEST(BuildCsvLine, TakesTheEnvironmentOfTheTable) {
+  TestEnv env;
+  TestEnv otherEnv;
+  TableWithFields table(env, 2);
+  TableWithFields otherTable(otherEnv, 1);
+  Buffer otherText("c\0"s);
+  const XelEnvOwner<XelCsvLineI> other = XelNew<XelCsvLineI>(otherEnv, otherText.get(), otherTable.get(), 2L);
+  Buffer text("a\0b\0"s);
+  char* starts[2] = {};
+  const XelEnvOwner<XelCsvLineI> line = XelNew<XelCsvLineI>(env, env.get(), nullptr);
+  line->copy(other.get());
+  EXPECT_EQ(line->getEnv().getImpl(), otherEnv.get().getImpl());
+  line->buildCsvLine(text.get(), starts, 5, table.get());
+  EXPECT_EQ(line->getEnv().getImpl(), env.get().getImpl());
+}
+
 TEST(AdoptFields, TakesTheStartsAsTheyAre) {
   TestEnv env;
   TableWithFields table(env, 2);
@@ -345,6 +361,22 @@ TEST(LineCopy, OfTenThousandFields) {
   EXPECT_EQ(copy->getNumberOfFields(), 10000);
   EXPECT_EQ(copy->getFields()[9999], copy->getText() + 9999);
   for (const std::string& field : getFieldTexts(*copy)) ASSERT_EQ(field, "");
+}
+
+TEST(LineCopy, OfARecordWhoseFieldsAreNotAllThereStaysInsideTheSizeOfALine) {
+  TestEnv env;
+  TableWithFields table(env, 40);
+  const std::unique_ptr<char[]> text(new char[XelLineSize]);
+  std::fill_n(text.get(), XelLineSize, 'x');  // no terminator anywhere
+  const XelEnvOwner<XelCsvLineI> source = XelNew<XelCsvLineI>(env, text.get(), table.get(), 0L);
+  const XelEnvOwner<XelCsvLineI> copy = XelNew<XelCsvLineI>(env, env.get(), nullptr);
+  copy->copy(source.get());
+  ASSERT_EQ(copy->getNumberOfFields(), 40);
+  EXPECT_EQ(std::string(copy->getFields()[0]), std::string(XelLineSize - 1, 'x'));
+  for (long field = 1; field < 40; ++field) {
+    ASSERT_STREQ(copy->getFields()[field], "");
+    ASSERT_LT(copy->getFields()[field], copy->getText() + XelLineSize) << field;
+  }
 }
 
 TEST(LineCheck, NamesPositionLineAndOperation) {

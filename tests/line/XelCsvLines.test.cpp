@@ -271,6 +271,39 @@ TEST(Lines, AreFoundAgainBySeeking) {
   }
 }
 
+TEST(Lines, AreNoneAfterASeekUntilTheNextIsRead) {
+  const DataFile file("a\nb\n" + std::string(2000, 'x') + "\nc\n");
+  TestEnv env;
+  XelCsvLines lines(env);
+  ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::OneLine), 0);
+  for (const long offset : {0L, 2L, 2005L, 4L}) {
+    ASSERT_TRUE(lines.read());
+    EXPECT_GT(lines.getLine().getLength(), 0);
+    ASSERT_TRUE(lines.seek(offset));
+    EXPECT_EQ(lines.getLine().getLength(), 0) << offset;
+    EXPECT_EQ(lines.getOffset(), offset);
+  }
+}
+
+TEST(Lines, OfAFileThatIsOpenedAgainAfterItsEndBeginAnew) {
+  const DataFile file("#c\na");
+  TestEnv env;
+  XelCsvLines lines(env);
+  for (int round = 0; round < 3; ++round) {
+    ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::ManyLines), 0);
+    EXPECT_FALSE(lines.isEnded());
+    EXPECT_EQ(lines.getLine().getLength(), 0);
+    EXPECT_EQ(lines.getOffset(), 0);
+    long lineNumber = -1;
+    long offset = 0;
+    EXPECT_TRUE(lines.skipCommentAndEmptyLines('#', lineNumber, offset));
+    EXPECT_EQ(getText(lines), "a");
+    EXPECT_EQ(lineNumber, 1);
+    EXPECT_EQ(offset, 3);
+    EXPECT_TRUE(lines.isEnded());
+  }
+}
+
 TEST(Lines, AreReadOnBehindASeekInsideALargeBlock) {
   // The block has grown to its full size; then one line is read at its start, and the next at its very end.
   std::string content;

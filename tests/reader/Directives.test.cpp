@@ -54,6 +54,24 @@ TEST(Directives, ReadNumbersWithTheDecimalCharacterOfTheFile) {
   EXPECT_STREQ(reader->getRequiredBy(), "a.b");  // the decimal character becomes a point in every field
 }
 
+// A file reader that reads each number as its text's length.
+class LengthReader : public XelCsvReaderI {
+ public:
+  using XelCsvReaderI::XelCsvReaderI;
+
+  double parseFloat(const char* text) const override { return static_cast<double>(std::string(text).size()); }
+};
+
+TEST(Directives, AreReadByTheReadersOwnParseFloat) {
+  for (const long isCached : BothReaders) {
+    TestEnv env;
+    const DataFile file("XELO_CSV_FORMAT; 1.25 \nXELO_DATA_SCHEMA;tool; 12\n");
+    const auto reader = XelNew<LengthReader>(env, env, file.getName(), isCached, 1L, 0L, ";", '.', '"', '#');
+    EXPECT_EQ(reader->getCsvFormat(), 4.0);  // the field is trimmed before
+    EXPECT_EQ(reader->getFileVersion(), 2.0);
+  }
+}
+
 TEST(Directives, GiveVersionAndRequiredByOfTheSchema) {
   const struct {
     const char* content;

@@ -462,6 +462,19 @@ TEST(Directory, KeepsItsOwnCopyOfANameForItsTables) {
   }
 }
 
+TEST(Directory, IsThatOfTheScanHoweverTheFileChanges) {
+  TestEnv env;
+  const DataFile file("A;1\nB;1\nB;2\n");
+  const XelEnvOwner<XelCsvReaderI> reader = makeReader(env, file.getName(), {});
+  const Directory before = getDirectory(*reader);
+  file.write("C;1\n");
+  EXPECT_EQ(getDirectory(*reader), before);
+  EXPECT_FALSE(reader->isTableExists("C"));
+  file.remove();
+  EXPECT_EQ(getDirectory(*reader), before);
+  EXPECT_EQ(reader->getNumberOfTables(), 2);
+}
+
 TEST(Clear, MayBeCalledBeforeTheDestructorAndTwice) {
   for (const long isMultiTable : {0L, 1L}) {
     for (const long isCached : {0L, 1L}) {

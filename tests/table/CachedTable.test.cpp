@@ -1,6 +1,8 @@
 // The index of a cached table.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "csv/line/XelCsvLineI.h"
 #include "csv/table/XelCachedCsvTableReaderI.h"
 #include "tests/support/ExpectThrow.h"
@@ -107,6 +109,40 @@ TEST(CachedTable, OfAnEmptyReaderHasNoItems) {
                    "XelCsvReader::XelLineNotFoundException : No line number 0 ");
   table->clearTable();
   EXPECT_EQ(table->getNumberOfItems(), 0);
+}
+
+TEST(CachedTable, OfAFileThatIsGoneHasAnEmptyIndexAndThrowsNothing) {
+  TestEnv env;
+  DataFile file("T,a\nT,b\n");
+  XelCsvReader reader = openReader(env, file, Kind::Cached, true);
+  file.remove();
+  {
+    const XelEnvOwner<XelCachedCsvTableReaderI> table = makeTable(reader, "T");
+    EXPECT_EQ(table->getOpenError(), ENOENT);
+    EXPECT_EQ(table->getNumberOfItems(), 0);
+    EXPECT_EQ(table->getDuplicatedKey(), nullptr);
+    EXPECT_EQ(table->getOffsetAndLineNumber("a"), nullptr);
+  }
+  reader.end();
+}
+
+TEST(CachedTable, StockLineOffsetsTellsWhetherItStoppedAtADuplicate) {
+  struct Case {
+    const char* content;
+    long answer;
+    long items;
+  };
+  for (const Case& test : {Case{"a\nb\nc\n", 0, 3}, Case{"a\nb\na\nc\n", 1, 3}, Case{"", 0, 0}}) {
+    SCOPED_TRACE(test.content);
+    OpenTable open("a\nb\nc\nd\n", Kind::Cached);
+    open.file.write(test.content);
+    implOf(open)->clearCachedTable();
+    XelCsvLines lines(open.env);
+    ASSERT_EQ(lines.open(open.file.getName(), "rb", XelCsvReach::ManyLines), 0);
+    EXPECT_EQ(implOf(open)->stockLineOffsets(lines), test.answer);
+    EXPECT_EQ(implOf(open)->getNumberOfItems(), test.items);
+    EXPECT_EQ(lines.read(), test.answer != 0);  // nothing behind a duplicate is read
+  }
 }
 
 TEST(CachedTable, AddLineOffsetKeepsTheFirstRecordOfAKey) {

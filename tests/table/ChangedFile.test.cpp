@@ -149,6 +149,21 @@ TEST(ChangedFile, ReplacedByADirectoryHasNoLines) {
   });
 }
 
+TEST(ChangedFile, ReplacedByADirectoryGivesNoIndexAndALentTableStaysAsItWas) {
+  OpenTable source("c,3\nd,4\n", Kind::Scanning);
+  OpenTable target("a,1\nb,2\n", Kind::Cached);
+  XelCsvTableReader table = target.reader.getReaderForUniqueTableFile();
+  {
+    const DirectoryInstead directory(source.file);
+    EXPECT_XEL_THROW(table.copy(source.table), XelCsvReader::XelFileNotFoundException,
+                     std::string("While trying to open file ") + source.file.getName() +
+                         " : The named file is a directory and mode requires write access.");
+    EXPECT_TRUE(table.isEmpty());
+  }
+  EXPECT_EQ(target.table.getNumberOfItems(), 2);
+  EXPECT_EQ(target.getByKey("b", "2"), "1: [b][2]");
+}
+
 TEST(ChangedFile, GrownIsSeenByTheScanOnlyAsFarAsTheFileReachedBefore) {
   forBothKinds([](Kind kind) {
     OpenTable open("a,1\nb,2", kind);

@@ -153,6 +153,48 @@ TEST(HeadingZone, OfATableOfAFileOfSeveralTables) {
   expectAllZones(cases, "T");
 }
 
+TEST(HeadingZone, IsReadWithTheSettingsOfItsFile) {
+  const std::string content = "|NAMES;'a;b';c,d\n%|KEYS;0;1\n  \n#|KEYS;'1';0\n%comment\n#1;1,5\n%2;2,5\n#3;3,5\n";
+  for (const long isCached : {1L, 0L}) {
+    SCOPED_TRACE(isCached);
+    TestEnv env;
+    TableOfFile table(env, content, nullptr, {isCached, ";", ',', '\'', '%', 0});
+    expectZone(*table->getImpl(), content, {2, {0}, {"|NAMES", "a;b", "c.d"}, 0, "#1;1,5\n%2;2,5\n#3;3,5\n", 5, 2});
+    const XelCsvLine line = table->getLineByNumber(1);
+    EXPECT_EQ(getFieldTexts(line), (Texts{"#3", "3.5"}));
+    EXPECT_EQ(line.getLineNumber(), 7);
+    EXPECT_EQ(table->getLineByKey(1, "#1").getFloatByHeader("c.d"), 1.5);
+    EXPECT_THROW(table->getLineByKey(1, "%2"), XelCsvReader::XelLineNotFoundException);
+  }
+}
+
+TEST(HeadingZone, LeavesNumberOfFieldsAndLengthOfTheLineReadLast) {
+  const struct {
+    const char* name;
+    const char* content;
+    const char* tableName;
+    long fields;
+    long length;  // of the formatted line, terminators included
+  } cases[] = {
+      {"no zone", "a,b,c\nd\n", nullptr, 3, 6},
+      {"the first data line", "|NAMES,a,b\n|KEYS,1,0\nv,w,x,y\nz\n", nullptr, 4, 8},
+      {"the zone's last line, when the file ends", "|NAMES,a,b\n", nullptr, 3, 11},
+      {"the zone's last line, when only comments follow", "|NAMES,a,b\n#c\n", nullptr, 3, 11},
+      {"an empty file", "", nullptr, 1, 1},
+      {"a line behind the table", "T|NAMES,a\nU,1,2,3\n", "T", 4, 8},
+      {"a heading line behind the table", "T|NAMES,a\nU|NAMES,1,2\nU,5\n", "T", 3, 12},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.name);
+    FileSettings settings;
+    settings.isCached = 0;  // a cached table goes on to its data lines
+    TestEnv env;
+    TableOfFile table(env, row.content, row.tableName, settings);
+    EXPECT_EQ(table->getImpl()->getNumberOfFields(), row.fields);
+    EXPECT_EQ(table->getImpl()->getLineLength(), row.length);
+  }
+}
+
 TEST(HeadingZone, MarkerOneMakesTheColumnOfTheTablesNameAKey) {
   expectZones({"", "1|KEYS,0,1\n1,v,w\n", {3, {0, 2}, {}, 0, "1,v,w\n", 1, 1}}, "1");
 }

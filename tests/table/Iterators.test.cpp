@@ -109,6 +109,22 @@ TEST(ScanningIterator, HeadingLineThatEndsTheFileIsTheOneDataLine) {
   EXPECT_EQ(indexed.getAll(), (Lines{"0: [|NAMES][a][b]"}));
 }
 
+TEST(ScanningIterator, OverNoLineKeepsItsFileUntilItEnds) {
+  OpenTable open("A|NAMES,h\nB,1\n", Kind::Scanning, "A");
+  const long openFiles = countOpenFiles();
+  const long blocks = open.env.getAllocator().getBlocksOut();
+  {
+    const XelNonCachedCsvLineIteratorI it(scanning(open));
+    EXPECT_FALSE(it.isOk());
+    EXPECT_EQ(countOpenFiles(), openFiles + 1);
+  }
+  EXPECT_EQ(countOpenFiles(), openFiles);
+  const XelNonCachedCsvLineIteratorI it(scanning(open));
+  it.clear();
+  EXPECT_EQ(countOpenFiles(), openFiles);
+  EXPECT_EQ(open.env.getAllocator().getBlocksOut(), blocks);
+}
+
 // ---- Both.
 
 TEST(TableIterators, AssignmentTakesThePositionOverAndEndsTheSource) {

@@ -1,6 +1,8 @@
 // Lines by number, and the number of lines.
 #include <gtest/gtest.h>
 
+#include "csv/line/XelCsvLineI.h"
+#include "csv/table/XelNonCachedCsvTableReaderI.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/OpenTable.h"
 
@@ -278,6 +280,49 @@ TEST(GetLineByNumberScanning, DoesNotLookForANameInAOneTableFile) {
   EXPECT_EQ(textOf(reader.getLineByNumber(1)), "1: [y][2]");
   EXPECT_EQ(reader.getNumberOfItems(), 2);
   reader.end();
+}
+
+TEST(GetLineByNumberScanning, AsksForANameEvenInAOneTableFileWhenItsTableHasOne) {
+  // The other operations take every line of such a file.
+  TestEnv env;
+  const DataFile file("x,1\ny,2\n x ,3\n");
+  for (const long isSplit : {0L, 1L}) {
+    SCOPED_TRACE(isSplit);
+    XelCsvReader reader(env, file.getName(), 0, isSplit, ",", '.', '"', '#', 0);
+    {
+      const XelEnvOwner<XelNonCachedCsvTableReaderI> table =
+          XelNew<XelNonCachedCsvTableReaderI>(env, reader.getImpl(), "x", nullptr);
+      const XelEnvOwner<XelCsvLineI> line(table->getLineByNumber(1));
+      EXPECT_EQ(textOf(XelCsvLine(line.get())), isSplit != 0 ? "2: [x][3]" : "1: [y][2]");
+      EXPECT_EQ(table->getNumberOfItems(), 3);
+      const char* key = XelCopyString(env, "y-2").release();
+      const XelEnvOwner<XelCsvLineI> found(table->getLineByKey(key));
+      XelFreeString(env, key);
+      EXPECT_EQ(textOf(XelCsvLine(found.get())), "1: [y][2]");
+      XelNonCachedCsvLineIteratorI it(table.get());
+      ++it;
+      EXPECT_EQ(textOf(XelCsvLine(it.getLine())), "1: [y][2]");
+    }
+    reader.end();
+  }
+}
+
+TEST(GetLineByNumberScanning, OfATableOfHeadingsAloneFindsNothing) {
+  OpenTable open("A|NAMES,h\nB,1\n", Kind::Scanning, "A");
+  for (const long number : {0L, 1L, 1L << 40}) {
+    EXPECT_XEL_THROW(
+        open.table.getLineByNumber(number), XelCsvReader::XelLineNotFoundException,
+        "XelCsvReader::XelLineNotFoundException : No line number " + std::to_string(number) + " in table A.");
+  }
+}
+
+TEST(GetLineByNumberScanning, HoldsNoMemoryBetweenLookups) {
+  OpenTable open(TwoTables, Kind::Scanning, "A");
+  const long blocks = open.env.getAllocator().getBlocksOut();
+  EXPECT_EQ(open.table.getNumberOfItems(), 2);
+  EXPECT_THROW(open.table.getLineByNumber(9), XelCsvReader::XelLineNotFoundException);
+  EXPECT_THROW(open.table.getLineByKey(2, "9", "9"), XelCsvReader::XelLineNotFoundException);
+  EXPECT_EQ(open.env.getAllocator().getBlocksOut(), blocks);
 }
 
 // ---- Cached.

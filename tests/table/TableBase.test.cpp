@@ -14,6 +14,7 @@
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TableOfFile.h"
 #include "tests/support/TestEnv.h"
+#include "tests/support/VirtualSlot.h"
 
 namespace {
 
@@ -138,6 +139,16 @@ TEST(IsHeadingExists, LooksAtEveryFieldOfTheHeadingLine) {
   TableOfFile several(env, SeveralTables, "T");
   EXPECT_TRUE(several->getImpl()->isHeadingExists("T|NAMES"));
   EXPECT_TRUE(several->getImpl()->isHeadingExists("city"));
+}
+
+TEST(IsHeadingExists, TrimsEveryFieldWhicheverItFinds) {
+  for (const char* heading : {"a", "b", "z"}) {
+    SCOPED_TRACE(heading);
+    TestEnv env;
+    TableOfFile table(env, "|NAMES ,a, b , \nv,w,x\n");
+    EXPECT_EQ(table->getImpl()->isHeadingExists(heading), *heading != 'z');
+    EXPECT_EQ(getFieldTexts(table->getImpl()->getFirstLine()), (Texts{"|NAMES", "a", "b", ""}));
+  }
 }
 
 TEST(IsHeadingExists, IsFalseWithoutHeadingLine) {
@@ -305,6 +316,31 @@ TEST(TestNumberOfFields, ChecksTheFirstField) {
       "getStringByPosition");
 }
 
+TEST(TestNumberOfFields, ComparesBeforeItLooksAtTheFirstFieldInAFileOfSeveralTables) {
+  TestEnv env;
+  TableOfFile several(env, "T, b\n", "T");
+  const XelEnvOwner<XelCsvLineI> empty = XelNew<XelCsvLineI>(env, env.get(), several->getImpl());
+  EXPECT_XEL_THROW(several->getImpl()->testNumberOfFields(empty.get()), Base,
+                   "XelCsvReader::XelCsvReaderException : Corrupted file, number of fields of table T = 2 and number "
+                   "of fields of line number 0 = 0");
+}
+
+TEST(TestNumberOfFields, TrimsTheFirstFieldOfALineThatItReportsInAOneTableFileOnly) {
+  TestEnv env;
+  TableOfFile oneTable(env, "  a  ,b\n");
+  XelCsvLineI* line = oneTable->getLineByNumber(0).getImpl();
+  std::string other = "x,y,z";
+  oneTable->getImpl()->formatLine(other.data());
+  EXPECT_THROW(oneTable->getImpl()->testNumberOfFields(line), NumberOfFields);
+  EXPECT_EQ(getFieldTexts(line), (Texts{"a", "b"}));
+  TableOfFile several(env, "  T  ,b\n", "T");
+  line = several->getLineByNumber(0).getImpl();
+  other = "x,y,z";
+  several->getImpl()->formatLine(other.data());
+  EXPECT_THROW(several->getImpl()->testNumberOfFields(line), Base);
+  EXPECT_EQ(getFieldTexts(line), (Texts{"  T  ", "b"}));
+}
+
 TEST(TestNumberOfFields, PicksItsMessageByTheKindOfFile) {
   TestEnv env;
   TableOfFile several(env, "T,b\n", "T");
@@ -317,6 +353,20 @@ TEST(TestNumberOfFields, PicksItsMessageByTheKindOfFile) {
                    "XelCsvReader::XelCsvReaderException : Corrupted file, number of fields of table "s +
                        several.getFile().getName() + " = 3 and number of fields of line number 0 = 2");
 }
+
+#if defined(__x86_64__)
+
+// A derived table that is built apart counts on the order of the slots.
+TEST(TableReader, VirtualOperationsStandInTheirOrder) {
+  EXPECT_EQ(getSlot(&XelCsvTableReaderI::getLineByNumber), 2);
+  EXPECT_EQ(getSlot(&XelCsvTableReaderI::getLineByKey), 3);
+  EXPECT_EQ(getSlot(&XelCsvTableReaderI::getNumberOfItems), 4);
+  EXPECT_EQ(getSlot(&XelCsvTableReaderI::getOffsetAndLineNumber), 5);
+  EXPECT_EQ(getSlot(&XelCsvTableReaderI::clearTable), 6);
+  EXPECT_EQ(getSlot(&XelCsvTableReaderI::copy), 7);
+}
+
+#endif
 
 TEST(EmptyTable, HasNothing) {
   TestEnv env;
@@ -374,6 +424,23 @@ TEST(TableCopy, TakesOverTheSharedState) {
     EXPECT_EQ(getFieldTexts(copy->getFirstLine()), getFieldTexts(other->getFirstLine()));
     EXPECT_EQ(copy->getFirstLine()->getLineNumber(), 0);
     EXPECT_EQ(copy->getPosition("year"), other->getPosition("year"));
+  }
+}
+
+TEST(TableCopy, TakesOverTheLineFormattedLast) {
+  for (const long isCached : {1L, 0L}) {
+    SCOPED_TRACE(isCached);
+    FileSettings settings;
+    settings.isCached = isCached;
+    TestEnv env;
+    TableOfFile source(env, OneTable, nullptr, settings);
+    std::string line = "a,b,c,d,e";
+    source->getImpl()->formatLine(line.data());
+    XelCsvTableReader copy;
+    copy.copy(*source);
+    EXPECT_EQ(copy.getImpl()->getNumberOfFields(), 5);
+    EXPECT_EQ(copy.getImpl()->getLineLength(), 10);
+    copy.end();
   }
 }
 

@@ -53,6 +53,20 @@ TEST(TableReaderCopy, HoldsWhatItsSourceHolds) {
   });
 }
 
+TEST(TableReaderCopy, TakesOverWhatItsSourceFormattedLast) {
+  // A cached copy of a scanning table makes its index and has formatted lines of its own then; the others read no line.
+  forAllPairs([](Kind source, Kind target) {
+    if (source == Kind::Scanning && target == Kind::Cached) return;
+    OpenTable open("A|KEYS,1\nA,1,xy\nA,2\nA,3,4,5\nB,9\n", source, "A");
+    EXPECT_EQ(open.getByNumber(0), "1: [A][1][xy]");
+    const XelEnvOwner<XelCsvTableReaderI> copied = makeEmpty(open.env, target);
+    copied->copy(open.table.getImpl());
+    EXPECT_EQ(copied->getNumberOfFields(), 3);
+    EXPECT_EQ(copied->getLineLength(), open.table.getImpl()->getLineLength());
+    EXPECT_GT(copied->getLineLength(), 0);
+  });
+}
+
 TEST(TableReaderCopy, OutlivesItsSource) {
   forAllPairs([](Kind source, Kind target) {
     OpenTable open(Content, source, "A");
@@ -184,6 +198,18 @@ TEST(TableReaderCopy, OfACachedTableWithADuplicateCountsItAndForgetsThatItIsOne)
   EXPECT_EQ(copied.getDuplicatedKey(), nullptr);
   EXPECT_STREQ(copied.getLineKey(2), "a-1");
   EXPECT_EQ(copied.getOffsetAndLineNumber("a-1")->lineNumber, 0);
+}
+
+TEST(TableReaderCopy, IntoACachedTableWithADuplicateForgetsTheDuplicate) {
+  OpenTable open("a,1\na,1\n", Kind::Cached);
+  auto* target = dynamic_cast<XelCachedCsvTableReaderI*>(open.table.getImpl());
+  EXPECT_STREQ(target->getDuplicatedKey(), "a-1");
+  const DataFile file("b,1\nc,2\n");
+  XelCsvReader reader = openReader(open.env, file, Kind::Cached, false);
+  target->copy(reader.getReaderForUniqueTableFile().getImpl());
+  EXPECT_EQ(target->getDuplicatedKey(), nullptr);
+  EXPECT_EQ(target->getNumberOfItems(), 2);
+  reader.end();
 }
 
 TEST(TableReaderCopy, OfAScanningTableIntoACachedOneBuildsTheIndexFromTheFile) {

@@ -123,6 +123,24 @@ TEST(VirtualLookups, MoreItemsThanThereAreDoNoHarm) {
   EXPECT_FALSE(it.ok());
 }
 
+TEST(VirtualLookups, AWalkAndItsCopyKeepTheNumberOfItemsThatTheWalkBeganWith) {
+  DerivedTable derived;
+  XelCachedCsvLineIteratorI it(derived.table.get());
+  XelCachedCsvLineIteratorI other(derived.table.get());
+  derived.table->items = [](long) { return 1; };
+  ++it;
+  EXPECT_EQ(textOf(XelCsvLine(it.getLine())), "2: [T][b][2]");
+  XelCachedCsvLineIteratorI copied(it);
+  ++copied;
+  EXPECT_EQ(textOf(XelCsvLine(copied.getLine())), "3: [T][c][3]");
+  ++copied;
+  EXPECT_FALSE(copied.isOk());
+  // A walk that begins again asks again.
+  ++other;
+  other.initIterator();
+  EXPECT_FALSE(other.isOk());
+}
+
 TEST(VirtualLookups, NegativeNumbersOfItemsDoNoHarm) {
   DerivedTable derived;
   derived.table->items = [](long) { return -4; };
@@ -214,6 +232,23 @@ TEST(VirtualLookups, CopyClearsThroughClearTableAndTakesTheItemsThatItsSourceTel
   EXPECT_STREQ(target.table->getLineKey(1), "b");
   EXPECT_EQ(target.table->getOffsetAndLineNumber("b")->lineNumber, 99);
   EXPECT_EQ(target.getByKey("b"), "99: [T][b][2]");
+}
+
+TEST(VirtualLookups, CopyOfAScanningTableClearsThroughClearTable) {
+  class Cleared : public XelNonCachedCsvTableReaderI {
+   public:
+    using XelNonCachedCsvTableReaderI::XelNonCachedCsvTableReaderI;
+    void clearTable() override {
+      ++timesCleared;
+      XelNonCachedCsvTableReaderI::clearTable();
+    }
+    int timesCleared = 0;
+  };
+  OpenTable open("A,1\nB,2\n", Kind::Scanning, "A");
+  const XelEnvOwner<Cleared> target = XelNew<Cleared>(open.env, open.env.get());
+  target->copy(open.table.getImpl());
+  EXPECT_EQ(target->timesCleared, 1);
+  EXPECT_EQ(target->getNumberOfItems(), 1);
 }
 
 TEST(VirtualLookups, CopyOfATableThatTellsMoreItemsThanThereAreDoesNoHarm) {
