@@ -9,6 +9,7 @@
 
 #include "tests/support/DataFile.h"
 #include "tests/support/Outcome.h"
+#include "tests/support/TableOfFile.h"
 #include "tests/support/TestEnv.h"
 #include "xelcsv/XelCsvReader.h"
 
@@ -38,28 +39,16 @@ inline XelCsvReader openReader(XelEnv env, const DataFile& file, Kind kind, bool
                       kind == Kind::Cached ? 1 : 0);
 }
 
-// Everything is ended at the end of the scope, and the environment looks for what was lost.
+// A table with its file, reader and environment. Everything is ended at the end of the scope, and the environment looks for
+// what was lost.
 class OpenTable {
  public:
   // The table of a one-table file.
-  OpenTable(std::string_view content, Kind kind)
-      : file(content), reader(openReader(env, file, kind, false)), table(reader.getReaderForUniqueTableFile()) {}
+  OpenTable(std::string_view content, Kind kind) : OpenTable(content, kind, nullptr) {}
 
   // A table of a file of several tables.
   OpenTable(std::string_view content, Kind kind, const char* name, bool isSplit = false)
-      : file(content), reader(openReader(env, file, kind, true, isSplit)) {
-    try {
-      table = reader.getTableByName(name);
-    } catch (...) {
-      reader.end();
-      throw;
-    }
-  }
-
-  ~OpenTable() {
-    table.end();
-    reader.end();
-  }
+      : opened(env, content, name, makeSettings(kind, isSplit)) {}
 
   OpenTable(const OpenTable&) = delete;
   OpenTable& operator=(const OpenTable&) = delete;
@@ -79,8 +68,16 @@ class OpenTable {
     return walk(it);
   }
 
+  static FileSettings makeSettings(Kind kind, bool isSplit) {
+    FileSettings settings;
+    settings.isCached = kind == Kind::Cached ? 1 : 0;
+    settings.allowTableSplitting = isSplit ? 1 : 0;
+    return settings;
+  }
+
   TestEnv env;
-  DataFile file;
-  XelCsvReader reader;
-  XelCsvTableReader table;
+  TableOfFile opened;
+  const DataFile& file = opened.getFile();
+  XelCsvReader& reader = opened.getReader();
+  XelCsvTableReader& table = *opened;
 };
