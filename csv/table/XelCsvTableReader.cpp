@@ -121,8 +121,8 @@ void XelCsvTableReader::copy(const XelCsvTableReader& other) {
       XelCheckOpened(impl->getOpenError(), other.impl->getReader()->getFileName());
     }
   } catch (...) {
-    if (impl != nullptr && !impl->isLent()) delete impl;
-    impl = nullptr;
+    XelCsvTableReaderI* table = std::exchange(impl, nullptr);
+    if (table != nullptr && !table->isLent() && table != other.impl) delete table;
     throw;
   }
   if (lastLine != nullptr && line.get() != nullptr) {

@@ -20,7 +20,8 @@
 //
 // A physical line is at most 9999 bytes long; a longer one is read as several. Lines are counted from 0, comment and
 // empty ones included. Every operation that reads the file may throw XelFileNotFoundException when it cannot be opened,
-// and std::bad_alloc. After an exception the reader, its tables and all other handles go on working.
+// and std::bad_alloc. After an exception the reader, its tables and all other handles go on working, but for a table
+// that a failed copy was to replace.
 //
 // Using an empty handle is a mistake of the caller: an assertion in debug builds.
 class XELCSV_API XelCsvReader {

@@ -152,6 +152,30 @@ TEST(TableCopy, OfALastLineShowsInTheHandlesOfTheOldOne) {
   reader.end();
 }
 
+// A copy between two handles of one table that failed destroyed the table of both.
+TEST(TableCopy, BetweenHandlesOfOneTableThatFailsLeavesTheTable) {
+  const DataFile file("A,1\nA,2\n");
+  const long failures = forEachFailingAllocation([&](XelEnv env) {
+    XelCsvReader reader;
+    XelCsvTableReader table;
+    const EndGuard endReader(reader);
+    const EndGuard endTable(table);
+    reader = XelCsvReader(env, file.getName(), 1);
+    table = reader.getTableByName("A");
+    table.getLineByNumber(1);
+    XelCsvTableReader other = table;
+    try {
+      other.copy(table);
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(other.isEmpty());
+      EXPECT_EQ(table.getNumberOfItems(), 2);
+      throw;
+    }
+    other = XelCsvTableReader();
+  });
+  EXPECT_GT(failures, 0);
+}
+
 // The end of the table before a duplicated one was that of its first line.
 TEST(FileScan, KeepsTheEndOfTheTableBeforeADuplicatedOne) {
   TestEnv env;
