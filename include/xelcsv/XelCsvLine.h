@@ -14,13 +14,14 @@ class XelCsvTableReader;
 // owns and ends. Whatever its owner, a line asks its table for headings, names and number parsing, so the table and its
 // reader must outlive the use of the line. One thread at a time.
 //
-// A field is empty when it holds no character at all; a field of blanks is not empty. Reading a field as text or as a
-// float trims its spaces in place, for good. Every getter throws XelFieldNotFoundException when the line has no such
-// field (0 <= position < getNumberOfFields()); a getter by heading throws XelColumnHeaderNotFoundException when the
-// table has no heading line or no such heading. Numbers are read as strtod and strtol do in the process's locale, after
-// the file's decimal character has become '.'.
+// A field is empty when it holds no character at all. Reading a field as text or as a float trims its spaces in place,
+// for good: a field of blanks is not empty until it has been read so once, and empty from then on, for the getters with
+// a default value too. Every getter throws XelFieldNotFoundException when the line has no such field (0 <= position <
+// getNumberOfFields()); a getter by heading throws XelColumnHeaderNotFoundException when the table has no heading line
+// or no such heading. Numbers are read as strtod and strtol do in the process's locale, after the file's decimal
+// character has become '.'.
 //
-// Using an empty handle is a mistake of the caller: an assertion in debug builds.
+// Using an empty handle is a mistake of the caller: an assertion where the library is built without NDEBUG.
 class XELCSV_API XelCsvLine {
  public:
   // An empty handle: no line.
@@ -29,9 +30,10 @@ class XELCSV_API XelCsvLine {
   // A line over an existing record, which stays its owner's; null gives an empty handle.
   explicit XelCsvLine(XelCsvLineI* record) : impl(record) {}
 
-  // A line built from text: formatted fields, each zero-terminated, back to back, as many as the line that tableReader
-  // formatted last. text must hold so many fields or be 10000 bytes long; no more than 10000 bytes of it are read. The
-  // fields are copied; the user owns the line and ends it. lineNumber stands in messages. Throws std::bad_alloc.
+  // A line built from text: formatted fields, each zero-terminated, back to back, as many as the line that was
+  // read last through tableReader, by whatever operation. text must hold so many fields or be 10000 bytes long; no more
+  // than 10000 bytes of it are read. The fields are copied; the user owns the line and ends it. lineNumber stands in
+  // messages. Throws std::bad_alloc.
   XelCsvLine(const char* text, XelCsvTableReader tableReader, long lineNumber);
 
   // Value of the field as a float; 0.0 when the field is empty or holds no number. "+INF", "+1.#INF", "+Inf" and
@@ -74,7 +76,8 @@ class XELCSV_API XelCsvLine {
   // Number of fields of the line.
   long getNumberOfFields() const;
 
-  // The fields, getNumberOfFields() zero-terminated texts inside the line; the array and the texts die with the line.
+  // The fields as they stand, spaces included until a getter trims them: getNumberOfFields() zero-terminated texts
+  // inside the line; the array and the texts die with the line.
   char** getFields() const;
 
   // The environment that the line lives in.

@@ -23,7 +23,7 @@
 // and std::bad_alloc. After an exception the reader, its tables and all other handles go on working, but for a table
 // that a failed copy was to replace.
 //
-// Using an empty handle is a mistake of the caller: an assertion in debug builds.
+// Using an empty handle is a mistake of the caller: an assertion where the library is built without NDEBUG.
 class XELCSV_API XelCsvReader {
  public:
   // Base of the family; thrown itself for a corrupted file. Its message names the place.

@@ -19,7 +19,7 @@
 // throw XelFileNotFoundException when it cannot be opened, XelCsvReaderException when it cannot be positioned, and
 // std::bad_alloc. A failed lookup leaves the table as it was, but it too ends the former last line.
 //
-// Using an empty handle is a mistake of the caller: an assertion in debug builds.
+// Using an empty handle is a mistake of the caller: an assertion where the library is built without NDEBUG.
 class XELCSV_API XelCsvTableReader {
  public:
   class LineIterator;
@@ -44,7 +44,8 @@ class XELCSV_API XelCsvTableReader {
   ~XelCsvTableReader() = default;
 
   // The line whose key columns hold the given values, in the order of the columns: at least as many as there are key
-  // columns, numberOfKeys in number, each a const char*; values beyond the key columns are not looked at. Values are
+  // columns, numberOfKeys in number, each a const char* (the compiler does not look: no
+  // number and no std::string); values beyond the key columns are not looked at. Values are
   // joined with "-", and so are the fields of the lines, trimmed: "a-b" and "c" find the line "a", "b-c" too. The line
   // belongs to this handle and lives until its next lookup. Values may point into the former last line.
   // Throws XelLineNotFoundException when no line has this key, a value is null, or there are too few values;
@@ -52,7 +53,8 @@ class XELCSV_API XelCsvTableReader {
   // fields than there are key columns, and XelFieldNotFoundException when one lacks a key field.
   XelCsvLine getLineByKey(long numberOfKeys, const char* key, ...);
 
-  // The line number lineNumber of the table's data lines, counted from 0. It belongs to this handle and lives until its
+  // The data line that is number lineNumber among the table's data lines, counted from 0; XelCsvLine::getLineNumber()
+  // counts all lines of the file. It belongs to this handle and lives until its
   // next lookup. Throws XelLineNotFoundException. A table that is not cached looks at its end only after counting a
   // line: there the number getNumberOfItems() gives the line that follows the table, and where the table is a file of
   // its own, or its last line ends the file without a line feed, every number from there on gives the last line again.
@@ -121,7 +123,8 @@ class XELCSV_API XelCsvTableReader {
 //   for (XelCsvTableReader::LineIterator it(table); it.ok(); ++it) use(*it);
 //
 // The table must outlive the walk. Copying an iterator takes its position over and ends the source; assigning one
-// starts again at the first line and leaves the source alone.
+// starts again at the first line and leaves the source alone. The source of a copy is void: its *it is an empty handle,
+// while its ok() answers what it answered before.
 class XELCSV_API XelCsvTableReader::LineIterator {
  public:
   // An iterator over nothing; ok() is false.

@@ -19,7 +19,7 @@ class XELCSV_API XelAllocator {
  public:
   virtual ~XelAllocator();
 
-  // A block of size bytes, size > 0, aligned for any object; null when memory is exhausted.
+  // A block of size bytes, size > 0, aligned for any object; null, or std::bad_alloc, when memory is exhausted.
   virtual void* allocate(long size) = 0;
 
   // Takes back a block that allocate() returned, with the size that it was asked with. Throws nothing.
@@ -35,8 +35,9 @@ class XELCSV_API XelEnv {
   // A new environment with a memory manager of its own. Throws std::bad_alloc.
   XelEnv();
 
-  // A new environment whose every block comes from allocator, which stays the caller's and must outlive it. A null
-  // allocator gives an environment with a memory manager of its own. Throws std::bad_alloc.
+  // A new environment whose every block comes from allocator, which stays the caller's and must outlive it. A pointer
+  // that is null gives an environment with a memory manager of its own; the literal nullptr makes an empty handle.
+  // Throws std::bad_alloc.
   explicit XelEnv(XelAllocator* allocator);
 
   // An empty handle: no environment.
@@ -116,7 +117,8 @@ class XELCSV_API XelQuietException : public XelExceptionMessage, public std::exc
   const char* what() const noexcept override;
 };
 
-// Misuse of a service of the environment, such as a hash function that returns a bad index. It is no XelQuietException.
+// Misuse of a service of the environment inside the library, such as a hash function that returns a bad index; no
+// operation of the public headers gives cause for it. It is no XelQuietException.
 class XELCSV_API XelWrongUsage : public XelExceptionMessage, public std::exception {
  public:
   XelWrongUsage(const char* message, long code);
