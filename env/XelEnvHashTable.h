@@ -1,6 +1,7 @@
 // Chained hash table in an environment.
 #pragma once
 
+#include <new>
 #include <utility>
 
 #include "env/XelEnvOwned.h"

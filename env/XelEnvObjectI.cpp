@@ -18,6 +18,7 @@ void* XelEnvResident::operator new(std::size_t size, const XelEnv& env) {
 }
 
 void XelEnvResident::operator delete(void* object, std::size_t) {
+  if (object == nullptr) return;  // a compiler may call this for delete of a null pointer
   const Header* header = static_cast<Header*>(object) - 1;
   const XelEnv env(header->env);
   env.free(static_cast<Header*>(object) - 1, header->size);

@@ -29,9 +29,8 @@ long findPosition(const XelCsvLineI* line, const char* heading) {
 XelCsvLine::XelCsvLine(const char* text, XelCsvTableReader tableReader, long lineNumber) {
   XelCsvTableReaderI* table = tableReader.getImpl();
   assert(table != nullptr);
-  XelEnvOwner<XelCsvLineI> record = XelNew<XelCsvLineI>(table->getEnv(), text, table, lineNumber);
-  record->setUsers();
-  impl = record.release();
+  impl = XelNew<XelCsvLineI>(table->getEnv(), text, table, lineNumber).release();
+  users = true;
 }
 
 double XelCsvLine::getFloatByPosition(long position) const {
@@ -167,11 +166,12 @@ void XelCsvLine::copy(const XelCsvLine& other) {
   const XelEnv env = other.impl->getEnv();
   XelEnvOwner<XelCsvLineI> record = XelNew<XelCsvLineI>(env, env, static_cast<XelCsvTableReaderI*>(nullptr));
   record->copy(other.impl);
-  record->setUsers();
   impl = record.release();
+  users = true;
 }
 
 void XelCsvLine::end() {
-  if (impl != nullptr && impl->isUsers()) delete impl;
+  if (users) delete impl;
   impl = nullptr;
+  users = false;
 }

@@ -77,10 +77,6 @@ class XelCsvLineI : public XelEnvResident {
   // Points the record at another table, the one that keeps it.
   void setTableReader(XelCsvTableReaderI* table) { tableReader = table; }
 
-  // Whether the user ends the record through its handle; otherwise it stays with a table, a handle or an iterator.
-  bool isUsers() const { return users; }
-  void setUsers() { users = true; }
-
  private:
   void take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields);
 
@@ -91,5 +87,4 @@ class XelCsvLineI : public XelEnvResident {
   XelEnv env;
   long numberOfFields;
   bool ownsStorage = false;
-  bool users = false;
 };

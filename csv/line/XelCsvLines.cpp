@@ -95,9 +95,11 @@ void XelCsvLines::fill() {
 bool XelCsvLines::skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset) {
   anyRead = false;
   while (!ended) {
+    const long tried = getOffset();
+    const bool isThere = read();  // a throw leaves number and offset as they were
     ++lineNumber;
-    offset = getOffset();
-    if (!read()) break;
+    offset = tried;
+    if (!isThere) break;
     anyRead = true;
     const bool isComment = line.begin[0] == comment;
     if (!isComment && !XelIsEmptyLine(line.begin, line.end)) return true;

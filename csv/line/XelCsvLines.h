@@ -39,7 +39,8 @@ class XelCsvLines : public XelEnvResident {
 
   // Reads on to the next line that is neither a comment nor empty: false when the file ends before. As long as the end
   // was not met, each try adds 1 to lineNumber and stores the offset of the line tried in offset. When the end has been
-  // met, by a last line without line feed for example, nothing changes.
+  // met, by a last line without line feed for example, nothing changes. Throws
+  // std::bad_alloc; nothing has changed then.
   bool skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset);
 
   // The line read last, its line feed included; it stays until the next one is read. An empty text before the first.

@@ -69,6 +69,7 @@ void XelCsvReaderI::clear() {
     }
     tableNames.end();
   }
+  numberOfTables = 0;
   for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&tables); it.ok(); ++it) {
     env.free(*it, static_cast<long>(sizeof(OffsetAndLineNumber)));
   }

@@ -11,6 +11,7 @@
 XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelEnv environment)
     : XelCsvTableReaderI(environment),
       lineOffsets(environment, XeldReaderHashFunction, XeldReaderCmpFunction, XelBucketCount) {
+  // Last, for an array does not end by itself when something after it throws.
   lineKeys = XelArray<const char*>(environment, 0);
 }
 

@@ -66,20 +66,28 @@ XelNonCachedCsvLineIteratorI& XelNonCachedCsvLineIteratorI::operator++() {
     ok = 0;
     return *this;
   }
+  try {
+    ok = goToNextLine() ? 1 : 0;
+  } catch (...) {
+    clear();
+    throw;
+  }
+  if (ok == 0) clear();
+  return *this;
+}
+
+bool XelNonCachedCsvLineIteratorI::goToNextLine() {
   if (!table->getReader()->isMultiTable()) {
     // Kept: the walk goes on to the end of the file, and the offset stays that of the first line (tests:
     // ScanningIterator.OfAOneTableFileRunsToTheEndOfTheFile, ScanningIterator.CopyInAOneTableFileStandsOnTheFirstLine).
     long unused = 0;
-    ok = walk->skipCommentAndEmptyLines(lineNumber, unused) ? 1 : 0;
-    if (ok != 0) walk->formatLine(lineNumber);
-  } else if (walk->skipCommentAndEmptyLines(lineNumber, offset) && offset <= endOffset) {
+    if (!walk->skipCommentAndEmptyLines(lineNumber, unused)) return false;
     walk->formatLine(lineNumber);
-    ok = skipOtherTables() ? 1 : 0;
-  } else {
-    ok = 0;
+    return true;
   }
-  if (ok == 0) clear();
-  return *this;
+  if (!walk->skipCommentAndEmptyLines(lineNumber, offset) || offset > endOffset) return false;
+  walk->formatLine(lineNumber);
+  return skipOtherTables();
 }
 
 // Where tables are split, goes on to a line of this one. False when the table's region ends before.

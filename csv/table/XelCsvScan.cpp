@@ -23,10 +23,8 @@ XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened)
 bool XelCsvScan::next() { return lines.skipCommentAndEmptyLines(table->getReader()->getComment(), lineNumber, offset); }
 
 void XelCsvScan::format() {
-  if (text.get() == nullptr) {
-    text = XelEnvBlock<char>(table->getEnv(), XelLineSize);
-    fields = XelEnvBlock<char*>(table->getEnv(), XelLineSize);
-  }
+  if (text.get() == nullptr) text = XelEnvBlock<char>(table->getEnv(), XelLineSize);
+  if (fields.get() == nullptr) fields = XelEnvBlock<char*>(table->getEnv(), XelLineSize);
   table->formatLine(lines.getLine(), text.get(), fields.get());
 }
 

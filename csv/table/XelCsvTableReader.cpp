@@ -29,7 +29,10 @@ XelCsvTableReader::XelCsvTableReader(XelCsvReaderI* reader, const char* tableNam
   impl = table.release();
 }
 
-XelCsvTableReader::XelCsvTableReader(const XelCsvTableReader& other) : impl(other.impl) {}
+XelCsvTableReader::XelCsvTableReader(XelCsvTableReaderI* tableReader)
+    : impl(tableReader), lent(tableReader != nullptr && tableReader->isLent()) {}
+
+XelCsvTableReader::XelCsvTableReader(const XelCsvTableReader& other) : impl(other.impl), lent(other.lent) {}
 
 XelCsvTableReader& XelCsvTableReader::operator=(const XelCsvTableReader& other) {
   if (this != &other) *this = XelCsvTableReader(other);
@@ -37,13 +40,14 @@ XelCsvTableReader& XelCsvTableReader::operator=(const XelCsvTableReader& other) 
 }
 
 XelCsvTableReader::XelCsvTableReader(XelCsvTableReader&& other) noexcept
-    : impl(std::exchange(other.impl, nullptr)), lastLine(std::exchange(other.lastLine, nullptr)) {}
+    : impl(std::exchange(other.impl, nullptr)), lastLine(std::exchange(other.lastLine, nullptr)), lent(other.lent) {}
 
 XelCsvTableReader& XelCsvTableReader::operator=(XelCsvTableReader&& other) noexcept {
   if (this == &other) return *this;
   delete lastLine;
   impl = std::exchange(other.impl, nullptr);
   lastLine = std::exchange(other.lastLine, nullptr);
+  lent = other.lent;
   return *this;
 }
 
@@ -110,7 +114,10 @@ void XelCsvTableReader::copy(const XelCsvTableReader& other) {
   const XelEnv env = other.impl->getEnv();
   XelEnvOwner<XelCsvLineI> line;
   try {
-    if (impl == nullptr) impl = XelMakeEmptyTableReader(env, other.impl->getReader()->isCached()).release();
+    if (impl == nullptr) {
+      impl = XelMakeEmptyTableReader(env, other.impl->getReader()->isCached()).release();
+      lent = false;
+    }
     if (other.lastLine != nullptr) {
       line = XelNew<XelCsvLineI>(env, env, impl);
       line->copy(other.lastLine);
@@ -122,7 +129,7 @@ void XelCsvTableReader::copy(const XelCsvTableReader& other) {
     }
   } catch (...) {
     XelCsvTableReaderI* table = std::exchange(impl, nullptr);
-    if (table != nullptr && !table->isLent() && table != other.impl) delete table;
+    if (!lent && table != other.impl) delete table;
     throw;
   }
   if (lastLine != nullptr && line.get() != nullptr) {
@@ -155,7 +162,7 @@ bool XelCsvTableReader::isHeadingExists(const char* heading) const {
 void XelCsvTableReader::end() {
   delete std::exchange(lastLine, nullptr);
   XelCsvTableReaderI* table = std::exchange(impl, nullptr);
-  if (table != nullptr && !table->isLent()) delete table;
+  if (!lent) delete table;
 }
 
 XelCsvTableReader::LineIterator::LineIterator(XelCsvTableReader walked) {
@@ -173,18 +180,18 @@ XelCsvTableReader::LineIterator& XelCsvTableReader::LineIterator::operator=(cons
 
 // Stands on the first line of a table, of none when it is null.
 void XelCsvTableReader::LineIterator::start(XelCsvTableReaderI* walked) {
-  XelCachedCsvTableReaderI* indexed = walked == nullptr ? nullptr : asCached(walked);
+  cachedIterator = XelCachedCsvLineIteratorI();
+  nonCachedIterator = XelNonCachedCsvLineIteratorI();
+  table = nullptr;  // when the walk cannot begin, this is an iterator over nothing
+  if (walked == nullptr) return;
+  XelCachedCsvTableReaderI* indexed = asCached(walked);
+  cached = indexed != nullptr ? 1 : 0;
   if (indexed != nullptr) {
     cachedIterator = XelCachedCsvLineIteratorI(indexed);
-    nonCachedIterator = XelNonCachedCsvLineIteratorI();
   } else {
-    nonCachedIterator = walked == nullptr
-                            ? XelNonCachedCsvLineIteratorI()
-                            : XelNonCachedCsvLineIteratorI(static_cast<XelNonCachedCsvTableReaderI*>(walked));
-    cachedIterator = XelCachedCsvLineIteratorI();
+    nonCachedIterator = XelNonCachedCsvLineIteratorI(static_cast<XelNonCachedCsvTableReaderI*>(walked));
   }
   table = walked;
-  cached = indexed != nullptr ? 1 : 0;
 }
 
 XelCsvLine XelCsvTableReader::LineIterator::operator*() const {

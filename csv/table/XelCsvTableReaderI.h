@@ -146,7 +146,7 @@ class XelCsvTableReaderI : public XelEnvResident {
   XelCsvReaderI* reader = nullptr;
   const char* nameOfTable = nullptr;
   XelArray<long> keyPositions;
-  XelCsvLines file;  // open only while the heading zone is read
+  XelCsvLines file;  // open only while the table is made or copied
   long firstDataOffset = 0;
   long endOffset = 0;
   long firstDataLineNumber = 0;

@@ -19,7 +19,8 @@ class XELCSV_API XelNonCachedCsvLineIteratorI {
   // An iterator over nothing.
   XelNonCachedCsvLineIteratorI() = default;
 
-  // Stands on the table's first line, which is not asked for its table's name. Throws XelFileNotFoundException.
+  // Stands on the table's first line, which is not asked for its table's name. All that moves or copies the iterator
+  // throws what XelCsvTableReader::LineIterator throws.
   explicit XelNonCachedCsvLineIteratorI(XelNonCachedCsvTableReaderI* table);
 
   XelNonCachedCsvLineIteratorI(const XelNonCachedCsvLineIteratorI& other);
@@ -44,6 +45,7 @@ class XELCSV_API XelNonCachedCsvLineIteratorI {
 
  private:
   void openAt(long position);
+  bool goToNextLine();
   bool skipOtherTables();
 
   mutable XelCsvWalk* walk = nullptr;  // file, buffer and line; null when the iterator has ended
@@ -62,7 +64,8 @@ class XELCSV_API XelCachedCsvLineIteratorI {
   // An iterator over nothing.
   XelCachedCsvLineIteratorI() = default;
 
-  // Stands on the table's first line. Throws XelFileNotFoundException.
+  // Stands on the table's first line. All that moves or copies the iterator throws what XelCsvTableReader::LineIterator
+  // throws.
   explicit XelCachedCsvLineIteratorI(XelCachedCsvTableReaderI* table);
 
   XelCachedCsvLineIteratorI(const XelCachedCsvLineIteratorI& other);

@@ -90,8 +90,9 @@ class XELCSV_API XelCsvLine {
   bool printValueOfKeys() const;
 
   // Makes this line a copy of other; the two share nothing but their table, which must outlive the use of both. An
-  // empty handle gets a new line in other's environment, which the user owns and ends; an existing line is overwritten.
-  // From an empty handle an existing line becomes a line without fields. Throws std::bad_alloc.
+  // empty handle gets a new line in other's environment, which the user owns and ends; an existing line is overwritten,
+  // and its fields then live in other's environment, which must outlive it too. From an empty handle an existing line
+  // becomes a line without fields. Throws std::bad_alloc.
   void copy(const XelCsvLine& other);
 
   // Destroys a line that the user owns (built from text, or made by copy() into an empty handle); any other is only let
@@ -106,4 +107,5 @@ class XELCSV_API XelCsvLine {
 
  private:
   XelCsvLineI* impl = nullptr;
+  bool users = false;  // the user ends the line; known here, for another's may be gone when the handle ends
 };

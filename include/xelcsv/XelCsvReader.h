@@ -157,7 +157,7 @@ class XELCSV_API XelCsvReader {
                   const char* separators, char decimal, char quote, char comment);
 
   XelCsvReaderI* impl = nullptr;
-  int notCached = 0;
+  int notCached = 0;  // what the constructor was told; nothing asks
   XelCsvLineI* lastLine = nullptr;
 };
 

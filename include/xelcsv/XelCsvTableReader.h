@@ -28,7 +28,7 @@ class XELCSV_API XelCsvTableReader {
   XelCsvTableReader() = default;
 
   // A handle over an existing table reader; null gives an empty handle.
-  explicit XelCsvTableReader(XelCsvTableReaderI* tableReader) : impl(tableReader) {}
+  explicit XelCsvTableReader(XelCsvTableReaderI* tableReader);
 
   // A new reader of the table called tableName, cached or not as the file reader is. Ended by the user.
   // Throws XelTableNotFoundException, XelDuplicatedLineException when two lines of a cached table have the same key,
@@ -80,7 +80,8 @@ class XELCSV_API XelCsvTableReader {
   // Throws XelColumnHeaderNotFoundException when there is no heading line or no such heading.
   long getPosition(const char* heading) const;
 
-  // The heading line, an empty handle when there is none. It lives as long as the table, and until copy() into it.
+  // The heading line, an empty handle when there is none (in a copy of a table without one, a line without fields). It
+  // lives as long as the table, and until copy() into it.
   XelCsvLine getFirstLine() const;
 
   // Makes this handle's table a copy of other's, last line included. An empty handle gets a new table, which the user
@@ -116,6 +117,7 @@ class XELCSV_API XelCsvTableReader {
  private:
   XelCsvTableReaderI* impl = nullptr;
   XelCsvLineI* lastLine = nullptr;
+  bool lent = false;  // the table is another's; known here, for it may be gone when the handle ends
 };
 
 // Walk over the lines of a table, in the order of the file:

@@ -143,7 +143,8 @@ TEST(TableHandle, DestroysNothingWhenItIsDestroyed) {
   });
 }
 
-static_assert(sizeof(XelCsvTableReader) == 2 * sizeof(void*), "the table reader and the last line");
+static_assert(sizeof(XelCsvTableReader) == 3 * sizeof(void*),
+              "the table reader, the last line, and whether it is lent");
 
 // ---- Facts about the table.
 

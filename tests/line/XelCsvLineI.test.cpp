@@ -65,7 +65,6 @@ TEST(LineRecord, TakesTheFieldsOfTheLineThatItsTableFormattedLast) {
   EXPECT_EQ(line->getLineNumber(), 17);
   EXPECT_EQ(line->getTableReader(), table.get());
   EXPECT_EQ(line->getEnv().getImpl(), env.get().getImpl());
-  EXPECT_FALSE(line->isUsers());
 }
 
 TEST(LineRecord, KeepsItsFieldsWhenTheTableFormatsAnotherLine) {

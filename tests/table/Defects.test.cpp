@@ -200,3 +200,108 @@ TEST(GetLineByNumberScanning, LeavesTheNumberOfFieldsOfTheLastLineLookedAtWhenIt
   table.end();
   reader.end();
 }
+
+// A handle asked what it was lent whether it was lent, also when that was gone.
+TEST(EndOfALentHandle, LooksAtNothingThatIsGone) {
+  TestEnv env;
+  const DataFile file("A,1\nA,2\nB,3\n");
+  const DataFile oneTable("a,1\nb,2\n");
+
+  XelCsvReader reader(env, oneTable.getName());
+  XelCsvTableReader table = reader.getReaderForUniqueTableFile();
+  table.getLineByNumber(0);
+  reader.end();
+  table.end();
+
+  XelCsvReader tables(env, file.getName(), 1);
+  XelCsvReader::TableIterator it(tables);
+  XelCsvTableReader current = *it;
+  current.getLineByNumber(0);
+  ++it;
+  current.end();
+  it.end();
+
+  XelCsvTableReader owned = tables.getTableByName("A");
+  XelCsvLine line = owned.getLineByNumber(0);
+  owned.end();
+  line.end();
+  EXPECT_TRUE(line.isEmpty());
+  tables.end();
+}
+
+// A lent line's handle ended a line of the user's that had taken its memory.
+TEST(EndOfALentHandle, EndsNoOtherLine) {
+  XelEnv env;  // its own manager hands a block that came back out again at once
+  const DataFile file("a,1\nb,2\nc,3\n");
+  XelCsvReader reader(env, file.getName());
+  XelCsvTableReader table = reader.getReaderForUniqueTableFile();
+  const XelCsvLine second = reader.getLineByNumber(1);
+  XelCsvLine lent = table.getLineByNumber(0);
+  table = XelCsvTableReader();  // the line is gone
+  XelCsvLine kept;
+  kept.copy(second);
+  lent.end();
+  XelCsvLine another;
+  another.copy(reader.getLineByNumber(2));
+  EXPECT_STREQ(kept.getStringByPosition(0), "b");
+  EXPECT_STREQ(another.getStringByPosition(0), "c");
+  kept.end();
+  another.end();
+  reader.end();
+  env.end();
+}
+
+// A step that ran out of memory left a scanning iterator where it was, with a wrong number for the lines that followed.
+TEST(ScanningIterator, HasEndedAfterAStepThatThrows) {
+  std::string content;
+  for (long line = 0; line < 2000; ++line) content += "A," + std::to_string(line) + ",some text to fill the line\n";
+  const DataFile file(content);
+  for (const long isMultiTable : {0L, 1L}) {
+    SCOPED_TRACE(isMultiTable);
+    TestEnv env;
+    XelCsvReader reader(env, file.getName(), isMultiTable, 0, ",", '.', '"', '#', 0);
+    XelCsvTableReader table = isMultiTable != 0 ? reader.getTableByName("A") : reader.getReaderForUniqueTableFile();
+    XelCsvTableReader::LineIterator it(table);
+    long number = 0;
+    bool hasFailed = false;
+    while (!hasFailed && it.ok()) {
+      EXPECT_EQ((*it).getLineNumber(), number);
+      env.getAllocator().failAfter(0);
+      try {
+        ++it;
+        ++number;
+      } catch (const std::bad_alloc&) {
+        hasFailed = true;
+      }
+      env.getAllocator().neverFail();
+    }
+    EXPECT_TRUE(hasFailed) << "the file is too small for a larger block";
+    EXPECT_TRUE((*it).isEmpty());
+    ++it;
+    EXPECT_FALSE(it.ok());
+    table.end();
+    reader.end();
+  }
+}
+
+// Assigning an iterator whose walk could not begin left the target in its old walk.
+TEST(LineIterator, IsOverNothingAfterAnAssignmentThatThrows) {
+  for (const long isCached : {0L, 1L}) {
+    SCOPED_TRACE(isCached);
+    TestEnv env;
+    const DataFile file("a,1\nb,2\n");
+    const DataFile other("c,3\nd,4\n");
+    XelCsvReader reader(env, file.getName(), 0, 0, ",", '.', '"', '#', isCached);
+    XelCsvReader otherReader(env, other.getName(), 0, 0, ",", '.', '"', '#', 1 - isCached);
+    XelCsvTableReader::LineIterator target(reader.getReaderForUniqueTableFile());
+    const XelCsvTableReader::LineIterator source(otherReader.getReaderForUniqueTableFile());
+    other.remove();
+    EXPECT_THROW(target = source, XelCsvReader::XelFileNotFoundException);
+    EXPECT_TRUE((*target).isEmpty());
+    ++target;
+    EXPECT_FALSE(target.ok());
+    target.end();
+    reader.end();
+    otherReader.end();
+  }
+}
