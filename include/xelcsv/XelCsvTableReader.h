@@ -44,20 +44,20 @@ class XELCSV_API XelCsvTableReader {
   ~XelCsvTableReader() = default;
 
   // The line whose key columns hold the given values, in the order of the columns: at least as many as there are key
-  // columns, numberOfKeys in number, each a const char* (the compiler does not look: no
-  // number and no std::string); values beyond the key columns are not looked at. Values are
-  // joined with "-", and so are the fields of the lines, trimmed: "a-b" and "c" find the line "a", "b-c" too. The line
-  // belongs to this handle and lives until its next lookup. Values may point into the former last line.
+  // columns, numberOfKeys in number, each a const char* (the compiler does not look: no number and no std::string);
+  // values beyond the key columns are not looked at. Values are joined with "-", and so are the fields of the lines,
+  // trimmed: "a-b" and "c" find the line "a", "b-c" too. The line belongs to this handle and lives until its next
+  // lookup. Values may point into the former last line.
   // Throws XelLineNotFoundException when no line has this key, a value is null, or there are too few values;
   // a table that is not cached also XelCsvReaderException when a line that it reads, of whatever table, has fewer
   // fields than there are key columns, and XelFieldNotFoundException when one lacks a key field.
   XelCsvLine getLineByKey(long numberOfKeys, const char* key, ...);
 
   // The data line that is number lineNumber among the table's data lines, counted from 0; XelCsvLine::getLineNumber()
-  // counts all lines of the file. It belongs to this handle and lives until its
-  // next lookup. Throws XelLineNotFoundException. A table that is not cached looks at its end only after counting a
-  // line: there the number getNumberOfItems() gives the line that follows the table, and where the table is a file of
-  // its own, or its last line ends the file without a line feed, every number from there on gives the last line again.
+  // counts all lines of the file. It belongs to this handle and lives until its next lookup. Throws
+  // XelLineNotFoundException. A table that is not cached looks at its end only after counting a line: there the number
+  // getNumberOfItems() gives the line that follows the table, and where the table is a file of its own, or its last
+  // line ends the file without a line feed, every number from there on gives the last line again.
   XelCsvLine getLineByNumber(long lineNumber);
 
   // Whether the file reader makes cached tables, whose lines are found through an index in memory. A table that was
