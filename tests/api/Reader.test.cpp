@@ -14,7 +14,6 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -1054,7 +1053,7 @@ TEST(ReaderHandleDeathTest, UsingAnEndedHandleIsAnAssertion) {
 }
 #endif
 
-// ---- Failing allocations, threads.
+// ---- Failing allocations.
 
 TEST(Reader, GivesEverythingBackWhenMemoryEnds) {
   const DataFile cities(Cities);
@@ -1127,53 +1126,6 @@ TEST(Reader, AnswersRightAfterEveryFailingAllocation) {
       }
     }
     reader.end();
-  }
-}
-
-TEST(Reader, IsUsedInTwoThreadsEachWithItsOwnEnvironment) {
-  std::string content = "XELO_CSV_FORMAT,1.5\nXELO_DATA_SCHEMA,tool,2\n";
-  for (long number = 0; number < 300; ++number) {
-    content += "A,k" + std::to_string(number) + "," + std::to_string(number) + "\n";
-  }
-  content += "B,1,1\n";
-  const DataFile file(content);
-  for (const long isCached : BothReaders) {
-    std::array<long, 2> sums = {0, 0};
-    std::array<long, 2> notFound = {0, 0};
-    std::array<long, 2> bytesInUse = {-1, -1};
-    const auto work = [&](std::size_t me) {
-      XelEnv env;
-      const long before = env.getBytesInUse();
-      XelCsvReader reader = openTables(env, file, isCached);
-      for (XelCsvReader::TableIterator tables(reader); tables.ok(); ++tables) {
-        for (XelCsvTableReader::LineIterator lines(*tables); lines.ok(); ++lines) {
-          sums.at(me) += (*lines).getIntByPosition(2);
-        }
-      }
-      XelCsvTableReader table = reader.getTableByName("A");
-      for (long number = 0; number < 300; number += 3) {
-        const std::string value = std::to_string(number);
-        sums.at(me) += table.getLineByKey(2, ("k" + value).c_str(), value.c_str()).getIntByPosition(2);
-        try {
-          table.getLineByKey(2, "none", value.c_str());
-        } catch (const LineException&) {
-          ++notFound.at(me);
-        }
-      }
-      if (reader.getCsvFormat() == 1.5 && std::string(reader.getRequiredBy()) == "tool") ++sums.at(me);
-      table.end();
-      reader.end();
-      bytesInUse.at(me) = env.getBytesInUse() - before;
-      env.end();
-    };
-    std::thread first(work, 0U);
-    std::thread second(work, 1U);
-    first.join();
-    second.join();
-    const long sum = 299 * 300 / 2 + 1 + 99 * 100 / 2 * 3 + 1;
-    EXPECT_EQ(sums, (std::array<long, 2>{sum, sum}));
-    EXPECT_EQ(notFound, (std::array<long, 2>{100, 100}));
-    EXPECT_EQ(bytesInUse, (std::array<long, 2>{0, 0}));
   }
 }
 
