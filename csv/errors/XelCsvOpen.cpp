@@ -1,6 +1,7 @@
 #include "csv/errors/XelCsvOpen.h"
 
 #include <cerrno>
+#include <clocale>
 #include <cstring>
 
 #include "csv/errors/XelCsvErrors.h"
@@ -47,15 +48,27 @@ constexpr OpenError OpenErrors[] = {
      "component is longer than maximum name length allowed."},
 };
 
-const OpenError* findText(int error) {
+const OpenError* findText(int error) noexcept {
   for (const OpenError& candidate : OpenErrors) {
     if (candidate.error == error) return &candidate;
   }
   return nullptr;
 }
 
+// The system's text for an errno, in no other language than all messages: strerror() follows the process's locale.
+const char* getSystemText(int error) noexcept {
+#if defined(LC_MESSAGES_MASK) && !defined(__APPLE__)  // POSIX 2008
+  const locale_t plain = newlocale(LC_MESSAGES_MASK, "C", locale_t());  // built in: takes no memory, cannot fail
+  const char* text = strerror_l(error, plain);
+  freelocale(plain);
+  return text;
+#else
+  return std::strerror(error);  // NOLINT(concurrency-mt-unsafe)
+#endif
+}
+
 // Puts a file name in the place of the format's "%s", cut to the size of a message.
-void putName(const char* format, const char* fileName, char* text) {
+void putName(const char* format, const char* fileName, char* text) noexcept {
   const char* hole = std::strstr(format, "%s");
   std::snprintf(text, XelMessageSize, "%.*s%s%s", static_cast<int>(hole - format), format, fileName, hole + 2);
 }
@@ -72,17 +85,15 @@ char* errorTest(XelEnv env, int /*errorNumber*/, const char* fileName) {
   return text.release();
 }
 
-bool XelHasOpenErrorText(int error) { return findText(error) != nullptr; }
+bool XelHasOpenErrorText(int error) noexcept { return findText(error) != nullptr; }
 
-void XelFormatOpenError(int error, const char* fileName, char* text) {
+void XelFormatOpenError(int error, const char* fileName, char* text) noexcept {
   const char* name = fileName == nullptr ? "" : fileName;
   const OpenError* found = findText(error);
   if (found != nullptr) {
     putName(found->format, name, text);
   } else {
-    // Systems of today keep strerror's text by thread; the C++ library's own way to it takes memory from elsewhere.
-    const char* reason = std::strerror(error);  // NOLINT(concurrency-mt-unsafe)
-    std::snprintf(text, XelMessageSize, "While trying to open file %s : %s.", name, reason);
+    std::snprintf(text, XelMessageSize, "While trying to open file %s : %s.", name, getSystemText(error));
   }
 }
 
@@ -92,7 +103,7 @@ void XelThrowOpenError(int error, const char* fileName) {
   XelCsvErrors::cannotOpen(text);
 }
 
-int XelCsvFile::open(const char* fileName, const char* mode) {
+int XelCsvFile::open(const char* fileName, const char* mode) noexcept {
   close();
   failed = false;
   errno = 0;
@@ -108,7 +119,7 @@ int XelCsvFile::open(const char* fileName, const char* mode) {
   return 0;
 }
 
-void XelCsvFile::close() {
+void XelCsvFile::close() noexcept {
   if (stream == nullptr) return;
   const int error = errno;
   std::fclose(stream);
@@ -116,15 +127,15 @@ void XelCsvFile::close() {
   stream = nullptr;
 }
 
-bool XelCsvFile::seek(long offset) {
+bool XelCsvFile::seek(long offset) noexcept {
   failed = false;
-  std::clearerr(stream);  // fseek forgets an end of file, but not an error
   return std::fseek(stream, offset, SEEK_SET) == 0;
 }
 
-long XelCsvFile::goToEnd() { return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1; }
+long XelCsvFile::goToEnd() noexcept { return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1; }
 
-long XelCsvFile::read(char* to, long size) {
+long XelCsvFile::read(char* to, long size) noexcept {
+  std::clearerr(stream);  // an end that was met before is asked for again
   long done = 0;
   while (done < size) {
     const std::size_t count = std::fread(to + done, 1, static_cast<std::size_t>(size - done), stream);

@@ -11,11 +11,11 @@
 char* errorTest(XelEnv env, int errorNumber, const char* fileName);
 
 // Whether errorTest has a text for this errno.
-bool XelHasOpenErrorText(int error);
+bool XelHasOpenErrorText(int error) noexcept;
 
 // Writes what to say of an open that failed with this errno to text, XelMessageSize bytes: the text of errorTest, or
 // the system's own for an errno that errorTest does not know.
-void XelFormatOpenError(int error, const char* fileName, char* text);
+void XelFormatOpenError(int error, const char* fileName, char* text) noexcept;
 
 // Throws XelFileNotFoundException with the text for this errno.
 [[noreturn]] void XelThrowOpenError(int error, const char* fileName);
@@ -30,24 +30,24 @@ class XelCsvFile {
 
   // Sets errno to 0 and opens the file with mode "r" or "rb". Answers 0, or the errno of the failure; errno is left as
   // the open left it. The stream has no buffer: blocks are read as they are asked for.
-  int open(const char* fileName, const char* mode);
+  int open(const char* fileName, const char* mode) noexcept;
 
   // Closes the file if it is open. Leaves errno alone.
-  void close();
+  void close() noexcept;
 
-  bool isOpen() const { return stream != nullptr; }
+  bool isOpen() const noexcept { return stream != nullptr; }
 
   // Goes to a byte offset. False when the file cannot be positioned.
-  bool seek(long offset);
+  bool seek(long offset) noexcept;
 
   // Size of the file in bytes, -1 when it has none. The position is then at the end.
-  long goToEnd();
+  long goToEnd() noexcept;
 
   // Reads up to size bytes. Fewer come only at the end of the file or at a read error, which hasFailed() tells.
-  long read(char* to, long size);
+  long read(char* to, long size) noexcept;
 
   // Whether a read failed, and not for the end of the file.
-  bool hasFailed() const { return failed; }
+  bool hasFailed() const noexcept { return failed; }
 
  private:
   std::FILE* stream = nullptr;

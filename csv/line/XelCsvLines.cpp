@@ -13,13 +13,13 @@ constexpr long BlockGrowth = 4;
 
 }  // namespace
 
-int XelCsvLines::open(const char* fileName, const char* mode, XelCsvReach reach) {
+int XelCsvLines::open(const char* fileName, const char* mode, XelCsvReach reach) noexcept {
   close();
   capacity = reach == XelCsvReach::OneLine ? OneLineBlock : FirstBlock;
   return file.open(fileName, mode);
 }
 
-void XelCsvLines::close() {
+void XelCsvLines::close() noexcept {
   file.close();
   block = XelEnvBlock<char>();
   blockOffset = next = filled = 0;
@@ -27,7 +27,7 @@ void XelCsvLines::close() {
   fileEnded = ended = false;
 }
 
-bool XelCsvLines::seek(long offset) {
+bool XelCsvLines::seek(long offset) noexcept {
   ended = false;
   line = {nullptr, nullptr};
   if (offset >= blockOffset && offset < blockOffset + filled) {  // iterating an index mostly goes a line ahead
@@ -89,7 +89,8 @@ void XelCsvLines::fill() {
   const long wanted = block.getCount() - filled;
   const long came = file.read(block.get() + filled, wanted);
   filled += came;
-  fileEnded = came < wanted;
+  // A short block is not yet the end: a file may grow while it is read.
+  fileEnded = came == 0 || file.hasFailed();
 }
 
 bool XelCsvLines::skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset) {

@@ -15,23 +15,23 @@ enum class XelCsvReach { OneLine, ManyLines };
 // reads much at a time; offsets are counted, not asked for.
 class XelCsvLines : public XelEnvResident {
  public:
-  explicit XelCsvLines(XelEnv environment) : env(environment) {}
+  explicit XelCsvLines(XelEnv environment) noexcept : env(environment) {}
   XelCsvLines(const XelCsvLines&) = delete;
   XelCsvLines& operator=(const XelCsvLines&) = delete;
 
   // Opens the file and stands at its start. Answers 0 or the errno of the failure, and leaves errno as the open left
   // it.
-  int open(const char* fileName, const char* mode, XelCsvReach reach);
+  int open(const char* fileName, const char* mode, XelCsvReach reach) noexcept;
 
   // Closes the file and gives the block back. Leaves errno alone.
-  void close();
+  void close() noexcept;
 
   // Goes to a byte offset; reading goes on from there, also after the end was met, and getLine() is empty until then.
   // False when the file cannot be positioned.
-  bool seek(long offset);
+  bool seek(long offset) noexcept;
 
   // Size of the file in bytes, -1 when it has none. Only before the first line is read; a seek() must follow.
-  long goToEnd() { return file.goToEnd(); }
+  long goToEnd() noexcept { return file.goToEnd(); }
 
   // Reads the next physical line. False at the end of the file; the line read before stays where getLine() says.
   // A read error ends the file too. Throws std::bad_alloc.
@@ -44,16 +44,16 @@ class XelCsvLines : public XelEnvResident {
   bool skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset);
 
   // The line read last, its line feed included; it stays until the next one is read. An empty text before the first.
-  XelCsvSpan getLine() const { return line; }
+  XelCsvSpan getLine() const noexcept { return line; }
 
   // Whether the last skipCommentAndEmptyLines() read any line at all.
-  bool hasRead() const { return anyRead; }
+  bool hasRead() const noexcept { return anyRead; }
 
   // Whether the end of the file was met, as feof would tell: only by trying to read beyond the last byte.
-  bool isEnded() const { return ended; }
+  bool isEnded() const noexcept { return ended; }
 
   // Offset of the next line.
-  long getOffset() const { return blockOffset + next; }
+  long getOffset() const noexcept { return blockOffset + next; }
 
  private:
   void fill();

@@ -13,6 +13,7 @@
 
 #include "tests/support/DataFile.h"
 #include "tests/support/ExpectThrow.h"
+#include "tests/support/SystemText.h"
 #include "tests/support/TestEnv.h"
 
 namespace {
@@ -222,7 +223,7 @@ TEST(OpenErrors, HaveTheTextOfErrorTestOrTheSystems) {
   EXPECT_EQ(catchOpenError(EROFS, "f.csv"), "While trying to open file f.csv : Read-only file system.");
   for (const int error : {ELOOP, EROFS, EIO, EINVAL, EINTR, EPERM}) {
     EXPECT_EQ(catchOpenError(error, "f.csv"),
-              "While trying to open file f.csv : " + std::string(std::strerror(error)) + ".");
+              "While trying to open file f.csv : " + getSystemText(error) + ".");
   }
 }
 

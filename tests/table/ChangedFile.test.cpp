@@ -199,3 +199,27 @@ TEST(ChangedFile, LastLineWhoseNameComesOutWhenItIsFormattedAgainBelongsToASplit
   EXPECT_EQ(open.getByNumber(1L << 40), "1: [A]");
   EXPECT_EQ(open.table.getNumberOfItems(), 1);
 }
+
+TEST(ChangedFile, ReplacedByADirectoryGivesNoNewTable) {
+  forBothKinds([](Kind kind) {
+    TestEnv env;
+    const DataFile file("XELO_CSV_FORMAT,1\nXELO_DATA_SCHEMA,tool,2\nA,1\n");
+    XelCsvReader reader = openReader(env, file, kind, true);
+    {
+      const DirectoryInstead directory(file);
+      const std::string message = std::string("While trying to open file ") + file.getName() +
+                                  " : The named file is a directory and mode requires write access.";
+      EXPECT_XEL_THROW(reader.getTableByName("A"), XelCsvReader::XelFileNotFoundException, message);
+      EXPECT_XEL_THROW(reader.getTableByNumber(2), XelCsvReader::XelFileNotFoundException, message);
+      EXPECT_XEL_THROW(reader.getCsvFormat(), XelCsvReader::XelFileNotFoundException, message);
+      EXPECT_XEL_THROW(reader.getFileVersion(), XelCsvReader::XelFileNotFoundException, message);
+      EXPECT_XEL_THROW(reader.getRequiredBy(), XelCsvReader::XelFileNotFoundException, message);
+      EXPECT_XEL_THROW(XelCsvReader::TableIterator(reader), XelCsvReader::XelFileNotFoundException, message);
+      EXPECT_EQ(reader.getNumberOfTables(), 1);
+    }
+    file.write("XELO_CSV_FORMAT,1\nXELO_DATA_SCHEMA,tool,2\nA,1\n");
+    EXPECT_EQ(reader.getCsvFormat(), 1.0);
+    EXPECT_STREQ(reader.getRequiredBy(), "tool");
+    reader.end();
+  });
+}
