@@ -13,6 +13,7 @@
 #include "tests/faults/Operations.h"
 #include "tests/support/DataFile.h"
 #include "tests/support/ExpectThrow.h"
+#include "tests/support/SystemText.h"
 #include "tests/support/TestEnv.h"
 
 namespace {
@@ -36,7 +37,7 @@ std::vector<int> getErrors() {
 std::string getOpenMessage(XelEnv env, int error, const std::string& file) {
   errno = error;
   char* text = errorTest(env, error, file.c_str());
-  if (text == nullptr) return "While trying to open file " + file + " : " + std::strerror(error) + ".";
+  if (text == nullptr) return "While trying to open file " + file + " : " + getSystemText(error) + ".";
   std::string message(text);
   env.free(text, XelMessageSize);
   return message;
@@ -149,7 +150,7 @@ TEST(OpenFailures, ThrowTheTextOfTheirErrnoFromEveryOpenOfEveryOperation) {
     const long opens = static_cast<long>(operation.getUse(at.isCached).modes.size());
     for (const int error : getErrors()) {
       for (long open = 0; open < opens; ++open) {
-        SCOPED_TRACE("open " + std::to_string(open) + ": " + std::strerror(error));
+        SCOPED_TRACE("open " + std::to_string(open) + ": " + getSystemText(error));
         operation.run(at, [&](const Action& action) {
           const std::string expected = getOpenMessage(at.env, error, at.file);
           faults.reset();
@@ -222,7 +223,7 @@ TEST(OpenFailures, AnOpenThatLeavesAKnownErrnoHasFailed) {
     const long opens = static_cast<long>(operation.getUse(at.isCached).modes.size());
     for (const int error : {EACCES, EMFILE}) {
       for (long open = 0; open < opens; ++open) {
-        SCOPED_TRACE("open " + std::to_string(open) + ": " + std::strerror(error));
+        SCOPED_TRACE("open " + std::to_string(open) + ": " + getSystemText(error));
         operation.run(at, [&](const Action& action) {
           const std::string expected = getOpenMessage(at.env, error, at.file);
           faults.reset();
@@ -254,7 +255,7 @@ TEST(OpenFailures, AnErrnoLeftByAnEarlierCallIsNoFailure) {
       if (operation.getUse(at.isCached).modes.empty()) return;
       operation.run(at, [&](const Action& action) {
         errno = error;
-        EXPECT_EQ(action(), operation.answer) << std::strerror(error);
+        EXPECT_EQ(action(), operation.answer) << getSystemText(error);
       });
     });
   }
@@ -266,7 +267,7 @@ TEST(OpenFailures, WhatClosingSaysIsNoFailureOfTheOpen) {
       operation.run(at, [&](const Action& action) {
         faults.reset();
         faults.failCloses(error);
-        EXPECT_EQ(action(), operation.answer) << std::strerror(error);
+        EXPECT_EQ(action(), operation.answer) << getSystemText(error);
       });
     });
   }

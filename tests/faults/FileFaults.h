@@ -1,13 +1,22 @@
 // Makes the C library's file functions fail.
 //
-// This program has its own fopen, fread, fseek, ftell and fclose, which call the C library's. For the one file that a
-// FileFaults watches they note what is asked and fail as they are told; all other files are let alone.
+// This program has its own fopen, fread, fseek, ftell, fclose, setvbuf and stat, which call the C library's. For the one
+// file that a FileFaults watches they note what is asked and fail as they are told; all other files are let alone. The
+// library calls nothing else that can fail: feof, ferror and clearerr only look at a stream.
 #pragma once
 
+#include <array>
 #include <cstdio>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
+
+struct stat;
+
+// The functions that can fail.
+enum class FileCall { Open, Read, Seek, Tell, Close, SetBuffer, Status };
+constexpr std::size_t NumberOfFileCalls = 7;
 
 class FileFaults {
  public:
@@ -23,6 +32,29 @@ class FileFaults {
   // Opens, seeks and reads are counted from 0, from now on: number None is none of them, Every is each.
   static constexpr long None = -1;
   static constexpr long Every = -2;
+
+  // The call of this number, counted from 0 for each function, fails with an errno; with forEver all later ones too.
+  // What fails to close closes all the same. A failing read gives no byte.
+  void fail(FileCall call, long number, bool forEver, int error);
+
+  // The open of this number opens another file in place of the watched one, which ends where the watched one is not to
+  // be read any more; its size is told as the watched one's. With all later ones the file that stands in later is opened.
+  // Without, the stream is the watched file's again at the first seek, its end once met, that goes as far as back.
+  struct StandIn {
+    long open = None;
+    std::string first;
+    std::string later;  // empty: only one open is stood in for
+    long size = 0;      // of the watched file
+    long back = 0;
+  };
+  void setStandIn(StandIn newStandIn) { standIn = std::move(newStandIn); }
+
+  // Where the first read that was told to fail by fail() stood.
+  struct FailedRead {
+    long open = None;
+    long offset = 0;
+  };
+  const FailedRead& getFailedRead() const { return failedRead; }
 
   // The open of this number fails with an errno.
   void failOpen(long number, int error);
@@ -51,9 +83,10 @@ class FileFaults {
   // What was asked.
   const std::vector<std::string>& getModes() const { return modes; }
   long getOpens() const { return static_cast<long>(modes.size()); }
-  long getSeeks() const { return seeks; }
-  long getReads() const { return reads; }
-  long getCloses() const { return closes; }
+  long getSeeks() const { return getCalls(FileCall::Seek); }
+  long getReads() const { return getCalls(FileCall::Read); }
+  long getCloses() const { return getCalls(FileCall::Close); }
+  long getCalls(FileCall call) const { return calls[static_cast<std::size_t>(call)]; }
 
   // Faults that were met.
   long getFaults() const { return faults; }
@@ -70,25 +103,37 @@ class FileFaults {
   int seek(std::FILE* stream, long offset, int origin);
   long tell(std::FILE* stream);
   int close(std::FILE* stream);
+  int setBuffer(std::FILE* stream, char* buffer, int mode, std::size_t size);
+  int getStatus(const char* name, struct stat* status);
 
  private:
   struct Stream {
     long open = None;        // the number of its open
     bool hasFailed = false;  // a read did
     long vainReads = 0;      // reads since the end of the file or the failure
+    bool isStandIn = false;
+    bool hasEnded = false;  // a stand-in's end was met
   };
 
   // A stream that was open at the last reset() has no number, and nothing is told of it by number.
   static bool matches(long told, long number) { return told == Every || (told == number && told != None); }
+
+  // Counts a call and says whether it fails.
+  bool meets(FileCall call);
+  void countFault();
 
   static FileFaults* current;
 
   std::string fileName;
   std::map<std::FILE*, Stream> streams;
   std::vector<std::string> modes;
-  long seeks = 0;
-  long reads = 0;
-  long closes = 0;
+  std::array<long, NumberOfFileCalls> calls{};
+  FileCall failingCall = FileCall::Open;
+  long failingNumber = None;
+  bool isForEver = false;
+  int callError = 0;
+  StandIn standIn;
+  FailedRead failedRead;
   long faults = 0;
   long failingOpen = None;
   int openError = 0;

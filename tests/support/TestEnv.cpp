@@ -1,14 +1,34 @@
 #include "tests/support/TestEnv.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace {
 
 constexpr int UnwrittenByte = 0xA5;
 constexpr int ReturnedByte = 0x5A;
 
+// Says at the end of the program how many failures were injected.
+class InjectionReport : public ::testing::Environment {
+ public:
+  void TearDown() override {
+    const InjectedFailures& injected = getInjectedFailures();
+    ::testing::Test::RecordProperty("injectedAllocationFailures", std::to_string(injected.allocations));
+    ::testing::Test::RecordProperty("injectedFileFailures", std::to_string(injected.fileCalls));
+    std::printf("Injected failures: %ld of allocations, %ld of file calls\n", injected.allocations, injected.fileCalls);
+  }
+};
+
+const ::testing::Environment* const Report = ::testing::AddGlobalTestEnvironment(new InjectionReport());
+
 }  // namespace
+
+InjectedFailures& getInjectedFailures() {
+  static InjectedFailures injected;
+  return injected;
+}
 
 TestAllocator::~TestAllocator() {
   for (const auto& block : sizes) std::free(block.first);
@@ -19,6 +39,7 @@ void* TestAllocator::allocate(long size) {
   ++allocations;
   if (countdown == 0) {
     ++failures;
+    ++getInjectedFailures().allocations;
     if (!failAlways) countdown = -1;
     return nullptr;
   }

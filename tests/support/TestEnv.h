@@ -9,6 +9,14 @@
 #include "tests/support/DataFile.h"
 #include "xelcsv/XelEnv.h"
 
+// Failures that the tests of this program have injected so far. At the end of the program they are printed, and stand in
+// its XML result as attributes of the root: injectedAllocationFailures and injectedFileFailures.
+struct InjectedFailures {
+  long allocations = 0;
+  long fileCalls = 0;
+};
+InjectedFailures& getInjectedFailures();
+
 // Supplies memory, checks every size given back, can be told to fail, and fills blocks with a pattern so that nothing
 // unwritten looks like data.
 class TestAllocator : public XelAllocator {
