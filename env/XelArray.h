@@ -27,27 +27,27 @@ class XelArray {
   void add(T value) const {
     const long oldSize = impl->getSize();
     const long newSize = oldSize + 1;
-    if (impl->getCapacity() <= newSize || !impl->hasPage(newSize)) impl->grow(newSize);
+    if (impl->getCapacity() <= newSize) impl->grow(newSize);
     impl->setSize(newSize);
     (*this)[oldSize] = value;
   }
 
   // Element index, 0 <= index < getSize(); not checked.
-  T& operator[](long index) const { return *static_cast<T*>(impl->getElement(index)); }
+  T& operator[](long index) const noexcept { return *static_cast<T*>(impl->getElement(index)); }
 
-  long getSize() const { return impl->getSize(); }
+  long getSize() const noexcept { return impl->getSize(); }
 
   // No element is left; the array stays usable.
-  void clear() const { impl->clear(); }
+  void clear() const noexcept { impl->clear(); }
 
   // Destroys the array. The handle is empty afterwards; twice is harmless.
-  void end() {
+  void end() noexcept {
     delete impl;
     impl = nullptr;
   }
 
   // The array behind the handle, null for an empty one.
-  XelArrayI* getImpl() const { return impl; }
+  XelArrayI* getImpl() const noexcept { return impl; }
 
  private:
   XelArrayI* impl = nullptr;

@@ -40,7 +40,7 @@ void XelArrayI::grow(long index) {
   }
 }
 
-void XelArrayI::clear() {
+void XelArrayI::clear() noexcept {
   for (long page = 0; page < pageCount; ++page) allocator->free(pages[page], PageSize * elementWidth);
   if (pages != nullptr) allocator->free(pages, pageRoom * PointerWidth);
   pages = nullptr;

@@ -17,22 +17,22 @@ class XelArrayI : public XelEnvResident {
   XelArrayI(const XelArrayI&) = delete;
   XelArrayI& operator=(const XelArrayI&) = delete;
 
-  long getSize() const { return size; }
-  long getCapacity() const { return capacity; }
+  long getSize() const noexcept { return size; }
+  long getCapacity() const noexcept { return capacity; }
 
   // Whether the page that holds element index exists.
-  bool hasPage(long index) const { return (index >> PageShift) < pageCount; }
+  bool hasPage(long index) const noexcept { return (index >> PageShift) < pageCount; }
 
-  void* getElement(long index) const { return pages[index >> PageShift] + (index & PageMask) * elementWidth; }
+  void* getElement(long index) const noexcept { return pages[index >> PageShift] + (index & PageMask) * elementWidth; }
 
   // Makes room for element index. A throw leaves the array as it was. Throws std::bad_alloc.
   void grow(long index);
 
   // index + 1 elements at least must have room.
-  void setSize(long newSize) { size = newSize; }
+  void setSize(long newSize) noexcept { size = newSize; }
 
   // No element and no page is left; the array stays usable.
-  void clear();
+  void clear() noexcept;
 
  private:
   XelGenAlloc* allocator;

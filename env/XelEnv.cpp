@@ -16,7 +16,7 @@ XelEnvI* XelEnvI::make(XelAllocator* allocator) {
   return new (memory) XelEnvI(allocator);
 }
 
-void XelEnvI::destroy(XelEnvI* environment) {
+void XelEnvI::destroy(XelEnvI* environment) noexcept {
   XelAllocator* allocator = environment->user;
   if (allocator == nullptr) {
     delete environment;
@@ -37,7 +37,7 @@ void* XelEnvI::allocate(long size) {
   return block;
 }
 
-void XelEnvI::free(void* pointer, long size) {
+void XelEnvI::free(void* pointer, long size) noexcept {
   if (pointer == nullptr || size <= 0) return;
   if (user == nullptr) {
     memory.free(pointer, size);

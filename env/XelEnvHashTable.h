@@ -19,12 +19,12 @@ class XelEnvHashTable : public XelEnvObjectI {
   // One entry.
   class Item {
    public:
-    K getKey() const { return key; }
-    V getValue() const { return value; }
-    Item* getNext() const { return next; }
-    void setKey(K newKey) { key = newKey; }
-    void setValue(V newValue) { value = newValue; }
-    void setNext(Item* newNext) { next = newNext; }
+    K getKey() const noexcept { return key; }
+    V getValue() const noexcept { return value; }
+    Item* getNext() const noexcept { return next; }
+    void setKey(K newKey) noexcept { key = newKey; }
+    void setValue(V newValue) noexcept { value = newValue; }
+    void setNext(Item* newNext) noexcept { next = newNext; }
 
    private:
     Item* next = nullptr;
@@ -35,20 +35,20 @@ class XelEnvHashTable : public XelEnvObjectI {
   // Walk over all items. The table must not change meanwhile.
   class Iterator {
    public:
-    explicit Iterator(const XelEnvHashTable* walked) : table(walked) {
+    explicit Iterator(const XelEnvHashTable* walked) noexcept : table(walked) {
       if (table != nullptr && table->buckets != nullptr) {
         index = 0;
         findHead();
       }
     }
 
-    bool ok() const { return table != nullptr && item != nullptr; }
+    bool ok() const noexcept { return table != nullptr && item != nullptr; }
 
     // Value of the current item; only when ok().
-    V operator*() const { return item->getValue(); }
+    V operator*() const noexcept { return item->getValue(); }
 
     // Goes to the next item; a walk that has ended stays so.
-    Iterator& operator++() {
+    Iterator& operator++() noexcept {
       if (item == nullptr) return *this;
       item = item->getNext();
       if (item == nullptr) {
@@ -59,7 +59,7 @@ class XelEnvHashTable : public XelEnvObjectI {
     }
 
    private:
-    void findHead() {
+    void findHead() noexcept {
       while (index < table->size && table->buckets[index] == nullptr) ++index;
       if (index < table->size) item = table->buckets[index];
     }
@@ -158,17 +158,17 @@ class XelEnvHashTable : public XelEnvObjectI {
   }
 
   // No item and no bucket is left; the size stays, and a later add() makes the buckets again.
-  void clear() {
+  void clear() noexcept {
     if (buckets == nullptr) return;
     for (long index = 0; index < size; ++index) {
       Item* item = buckets[index];
       while (item != nullptr) {
         Item* next = item->getNext();
-        env.free(item, static_cast<long>(sizeof(Item)));
+        XelFree(env, item);
         item = next;
       }
     }
-    env.free(buckets, size * static_cast<long>(sizeof(Item*)));
+    XelFree(env, buckets, size);
     buckets = nullptr;
     count = 0;
   }
@@ -183,11 +183,11 @@ class XelEnvHashTable : public XelEnvObjectI {
     std::swap(buckets, other.buckets);
   }
 
-  long getCount() const { return count; }
-  long getSize() const { return size; }
+  long getCount() const noexcept { return count; }
+  long getSize() const noexcept { return size; }
 
   // Whether the table has buckets.
-  bool hasBuckets() const { return buckets != nullptr; }
+  bool hasBuckets() const noexcept { return buckets != nullptr; }
 
  private:
   XelEnvBlock<Item*> makeBuckets(long number) const {

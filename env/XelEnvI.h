@@ -11,29 +11,29 @@ class XelEnvI {
   static XelEnvI* make(XelAllocator* allocator);
 
   // Ends an environment of make().
-  static void destroy(XelEnvI* environment);
+  static void destroy(XelEnvI* environment) noexcept;
 
   // As the operations of XelEnv.
   void* allocate(long size);
-  void free(void* pointer, long size);
-  long getBytesInUse() const { return memory.getBytesInUse(); }
-  long getBytesAllocated() const { return memory.getBytesAllocated(); }
+  void free(void* pointer, long size) noexcept;
+  long getBytesInUse() const noexcept { return memory.getBytesInUse(); }
+  long getBytesAllocated() const noexcept { return memory.getBytesAllocated(); }
 
   // The allocator for the storage of arrays; it lives as long as the environment.
-  XelGenAlloc* getGenAlloc() { return &genAlloc; }
+  XelGenAlloc* getGenAlloc() noexcept { return &genAlloc; }
 
  private:
   class GenAlloc final : public XelGenAlloc {
    public:
-    explicit GenAlloc(XelEnvI* environment) : env(environment) {}
+    explicit GenAlloc(XelEnvI* environment) noexcept : env(environment) {}
     void* allocate(long size) override { return env->allocate(size); }
-    void free(void* block, long size) override { env->free(block, size); }
+    void free(void* block, long size) noexcept override { env->free(block, size); }
 
    private:
     XelEnvI* env;
   };
 
-  explicit XelEnvI(XelAllocator* allocator) : user(allocator), genAlloc(this) {}
+  explicit XelEnvI(XelAllocator* allocator) noexcept : user(allocator), genAlloc(this) {}
 
   XelAllocator* user;
   XelMemory memory;

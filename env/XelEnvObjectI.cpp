@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "env/XelEnvI.h"
+
 namespace {
 
 struct alignas(std::max_align_t) Header {
@@ -19,9 +21,8 @@ void* XelEnvResident::operator new(std::size_t size, const XelEnv& env) {
 
 void XelEnvResident::operator delete(void* object, std::size_t) {
   if (object == nullptr) return;  // a compiler may call this for delete of a null pointer
-  const Header* header = static_cast<Header*>(object) - 1;
-  const XelEnv env(header->env);
-  env.free(static_cast<Header*>(object) - 1, header->size);
+  Header* header = static_cast<Header*>(object) - 1;
+  header->env->free(header, header->size);
 }
 
 void XelEnvResident::operator delete(void* object, const XelEnv&) { operator delete (object, std::size_t{0}); }

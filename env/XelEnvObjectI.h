@@ -32,10 +32,10 @@ class XelEnvObjectI : public XelEnvResident {
   XelEnvObjectI(const XelEnvObjectI&) = delete;
   XelEnvObjectI& operator=(const XelEnvObjectI&) = delete;
 
-  XelEnv getEnv() const { return env; }
+  XelEnv getEnv() const noexcept { return env; }
 
  protected:
-  explicit XelEnvObjectI(XelEnv environment) : env(environment) {}
+  explicit XelEnvObjectI(XelEnv environment) noexcept : env(environment) {}
 
   XelEnv env;
 };

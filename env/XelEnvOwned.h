@@ -12,14 +12,14 @@ template <class T>
 class XelEnvBlock {
  public:
   // No block.
-  XelEnvBlock() = default;
+  XelEnvBlock() noexcept = default;
 
   // A new block, its elements not set; no block for count 0. Throws std::bad_alloc.
   XelEnvBlock(XelEnv environment, long elements)
       : env(environment), data(static_cast<T*>(env.allocate(elements * Width))), count(elements) {}
 
   // Owns an existing block of count elements from env.
-  XelEnvBlock(XelEnv environment, T* block, long elements) : env(environment), data(block), count(elements) {}
+  XelEnvBlock(XelEnv environment, T* block, long elements) noexcept : env(environment), data(block), count(elements) {}
 
   XelEnvBlock(XelEnvBlock&& other) noexcept : env(other.env), data(other.data), count(other.count) {
     other.data = nullptr;
@@ -36,12 +36,12 @@ class XelEnvBlock {
     if (data != nullptr) env.free(data, count * Width);
   }
 
-  T* get() const { return data; }
-  T& operator[](long index) const { return data[index]; }
-  long getCount() const { return data == nullptr ? 0 : count; }
+  T* get() const noexcept { return data; }
+  T& operator[](long index) const noexcept { return data[index]; }
+  long getCount() const noexcept { return data == nullptr ? 0 : count; }
 
   // The block passes to the caller.
-  T* release() { return std::exchange(data, nullptr); }
+  T* release() noexcept { return std::exchange(data, nullptr); }
 
  private:
   static constexpr long Width = static_cast<long>(sizeof(T));
@@ -56,7 +56,7 @@ template <class T>
 class XelEnvOwner {
  public:
   XelEnvOwner() = default;
-  explicit XelEnvOwner(T* owned) : object(owned) {}
+  explicit XelEnvOwner(T* owned) noexcept : object(owned) {}
   template <class U>
   XelEnvOwner(XelEnvOwner<U>&& other) noexcept : object(other.release()) {}
   XelEnvOwner(XelEnvOwner&& other) noexcept : object(other.release()) {}
@@ -66,12 +66,12 @@ class XelEnvOwner {
   }
   ~XelEnvOwner() { delete object; }
 
-  T* get() const { return object; }
-  T* operator->() const { return object; }
-  T& operator*() const { return *object; }
+  T* get() const noexcept { return object; }
+  T* operator->() const noexcept { return object; }
+  T& operator*() const noexcept { return *object; }
 
   // The object passes to the caller.
-  T* release() { return std::exchange(object, nullptr); }
+  T* release() noexcept { return std::exchange(object, nullptr); }
 
  private:
   T* object = nullptr;
@@ -95,7 +95,13 @@ inline XelEnvBlock<char> XelCopyString(XelEnv env, const char* text) {
   return XelCopyString(env, text, static_cast<long>(std::strlen(text)));
 }
 
+// Gives back a block of count elements of plain type T; null is ignored.
+template <class T>
+void XelFree(XelEnv env, T* block, long count = 1) noexcept {
+  env.free(block, count * static_cast<long>(sizeof(T)));
+}
+
 // Gives back a string in a block of its length + 1 bytes; null is ignored.
-inline void XelFreeString(XelEnv env, const char* text) {
-  if (text != nullptr) env.free(const_cast<char*>(text), static_cast<long>(std::strlen(text)) + 1);
+inline void XelFreeString(XelEnv env, const char* text) noexcept {
+  if (text != nullptr) XelFree(env, const_cast<char*>(text), static_cast<long>(std::strlen(text)) + 1);
 }

@@ -2,7 +2,7 @@
 
 #include "xelcsv/XelEnv.h"
 
-XelExceptionMessage::XelExceptionMessage(const char* message, long newCode) : code(newCode) {
+XelExceptionMessage::XelExceptionMessage(const char* message, long newCode) noexcept : code(newCode) {
   if (message == nullptr) return;
   for (long index = 0; index < XelMessageSize - 1 && message[index] != '\0'; ++index) text[index] = message[index];
 }
@@ -15,13 +15,14 @@ void XelExceptionMessage::print(std::ostream& stream) const { stream << text; }
 
 void XelExceptionMessage::end() { text[0] = '\0'; }
 
-XelQuietException::XelQuietException(const char* message, long newCode) : XelExceptionMessage(message, newCode) {}
+XelQuietException::XelQuietException(const char* message, long newCode) noexcept
+    : XelExceptionMessage(message, newCode) {}
 
 XelQuietException::~XelQuietException() = default;
 
 const char* XelQuietException::what() const noexcept { return getMessage(); }
 
-XelWrongUsage::XelWrongUsage(const char* message, long newCode) : XelExceptionMessage(message, newCode) {}
+XelWrongUsage::XelWrongUsage(const char* message, long newCode) noexcept : XelExceptionMessage(message, newCode) {}
 
 XelWrongUsage::~XelWrongUsage() = default;
 

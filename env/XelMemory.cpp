@@ -23,7 +23,7 @@ void* XelFixedSizeAllocatorI::allocate(XelMemory* memory) {
 
 void* XelFixedSizeAllocatorI::allocateBlock(XelMemory* memory) const { return memory->carve(blockSize); }
 
-void XelFixedSizeAllocatorI::deallocate(void* block) { freeBlocks = new (block) FreeBlock{freeBlocks}; }
+void XelFixedSizeAllocatorI::deallocate(void* block) noexcept { freeBlocks = new (block) FreeBlock{freeBlocks}; }
 
 XelAllocationList::~XelAllocationList() {
   while (first != nullptr) {
@@ -43,7 +43,7 @@ void* XelAllocationList::alloc(long size) {
   return header + 1;
 }
 
-void XelAllocationList::release(void* block) {
+void XelAllocationList::release(void* block) noexcept {
   Header* header = static_cast<Header*>(block) - 1;
   if (header->next != nullptr) header->next->previous = header->previous;
   if (header->previous != nullptr) {
@@ -56,13 +56,13 @@ void XelAllocationList::release(void* block) {
   errno = error;
 }
 
-XelMemory::XelMemory() : chunkSize(FirstChunkSize) {
+XelMemory::XelMemory() noexcept : chunkSize(FirstChunkSize) {
   for (long index = 0; index < FixedSizeClasses; ++index) {
     allocators[index] = XelFixedSizeAllocatorI(getBlockSize(index));
   }
 }
 
-long XelMemory::getIndex(long size) {
+long XelMemory::getIndex(long size) noexcept {
   if (size <= SmallestPower) return (size - 1) / XelBlockAlignment;
   long index = SmallSteps;
   long power = SmallestPower;
@@ -73,7 +73,7 @@ long XelMemory::getIndex(long size) {
   return index + (size - power - 1) / (power / SmallSteps);
 }
 
-long XelMemory::getBlockSize(long index) {
+long XelMemory::getBlockSize(long index) noexcept {
   if (index < SmallSteps) return (index + 1) * XelBlockAlignment;
   const long power = SmallestPower << ((index - SmallSteps) / SmallSteps);
   return power + ((index - SmallSteps) % SmallSteps + 1) * (power / SmallSteps);
@@ -95,7 +95,7 @@ void* XelMemory::allocate(long size) {
   return block;
 }
 
-void XelMemory::free(void* block, long size) {
+void XelMemory::free(void* block, long size) noexcept {
   const long index = getIndex(size);
   const long blockSize = getBlockSize(index);
   bytesInUse -= blockSize;

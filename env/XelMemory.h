@@ -11,9 +11,9 @@ class XelMemory;
 // The blocks of one size class: those given back are handed out again first.
 class XelFixedSizeAllocatorI {
  public:
-  explicit XelFixedSizeAllocatorI(long size = 0) : blockSize(size) {}
+  explicit XelFixedSizeAllocatorI(long size = 0) noexcept : blockSize(size) {}
 
-  long getBlockSize() const { return blockSize; }
+  long getBlockSize() const noexcept { return blockSize; }
 
   // A block off the list of returned ones, or a new one when there is none. Throws std::bad_alloc.
   void* allocate(XelMemory* memory);
@@ -22,7 +22,7 @@ class XelFixedSizeAllocatorI {
   void* allocateBlock(XelMemory* memory) const;
 
   // Puts a block on the list of returned ones.
-  void deallocate(void* block);
+  void deallocate(void* block) noexcept;
 
  private:
   struct FreeBlock {
@@ -45,7 +45,7 @@ class XelAllocationList {
   void* alloc(long size);
 
   // Gives a block of alloc() back to the system. Leaves errno alone.
-  void release(void* block);
+  void release(void* block) noexcept;
 
  private:
   struct alignas(std::max_align_t) Header {
@@ -59,30 +59,30 @@ class XelAllocationList {
 // The manager: maps sizes to classes and keeps the two counters.
 class XelMemory {
  public:
-  XelMemory();
+  XelMemory() noexcept;
   XelMemory(const XelMemory&) = delete;
   XelMemory& operator=(const XelMemory&) = delete;
 
   // Size class of size bytes, size > 0: four classes between two powers of two, the first of them one alignment apart.
-  static long getIndex(long size);
+  static long getIndex(long size) noexcept;
 
   // Bytes of a block of this class.
-  static long getBlockSize(long index);
+  static long getBlockSize(long index) noexcept;
 
   // Whether blocks of this class come from a fixed-size allocator; the others come from the allocation list.
-  static bool isFixedSize(long index) { return index < FixedSizeClasses; }
+  static bool isFixedSize(long index) noexcept { return index < FixedSizeClasses; }
 
   // A block for size bytes, size > 0. Throws std::bad_alloc.
   void* allocate(long size);
 
   // Takes back a block with the size it was asked with. Leaves errno alone.
-  void free(void* block, long size);
+  void free(void* block, long size) noexcept;
 
   // size bytes for a block of a fixed-size class. Throws std::bad_alloc.
   void* carve(long size);
 
-  long getBytesInUse() const { return bytesInUse; }
-  long getBytesAllocated() const { return bytesAllocated; }
+  long getBytesInUse() const noexcept { return bytesInUse; }
+  long getBytesAllocated() const noexcept { return bytesAllocated; }
 
  private:
   // Classes of up to 16 KiB are fixed-size: 4 for the first 64 bytes, then 4 for each of 8 doublings.
@@ -107,5 +107,5 @@ class XelGenAlloc {
 
   // As XelEnv::allocate and XelEnv::free.
   virtual void* allocate(long size) = 0;
-  virtual void free(void* block, long size) = 0;
+  virtual void free(void* block, long size) noexcept = 0;
 };

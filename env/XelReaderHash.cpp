@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-long XeldReaderHashFunction(const char* key, long size) {
+long XeldReaderHashFunction(const char* key, long size) noexcept {
   std::uint64_t hash = 0;
   for (; *key != '\0'; ++key) {
     const std::int64_t byte = static_cast<signed char>(*key);
@@ -17,4 +17,6 @@ long XeldReaderHashFunction(const char* key, long size) {
   return static_cast<long>(hash % static_cast<std::uint64_t>(size));
 }
 
-long XeldReaderCmpFunction(const char* left, const char* right) { return std::strcmp(left, right) == 0 ? 1 : 0; }
+long XeldReaderCmpFunction(const char* left, const char* right) noexcept {
+  return std::strcmp(left, right) == 0 ? 1 : 0;
+}

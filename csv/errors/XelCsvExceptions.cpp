@@ -1,13 +1,13 @@
 #include "xelcsv/XelCsvReader.h"
 
-XelCsvReader::XelCsvReaderException::XelCsvReaderException(const char* message, long newCode)
+XelCsvReader::XelCsvReaderException::XelCsvReaderException(const char* message, long newCode) noexcept
     : XelQuietException(message, newCode) {}
 
 XelCsvReader::XelCsvReaderException::~XelCsvReaderException() = default;
 
 // Constructor and destructor stand here, out of line, so that each class has one vtable and one type in the program.
-#define XELCSV_DEFINE_EXCEPTION(Name)                                                                      \
-  XelCsvReader::Name::Name(const char* message, long newCode) : XelCsvReaderException(message, newCode) {} \
+#define XELCSV_DEFINE_EXCEPTION(Name)                                                                               \
+  XelCsvReader::Name::Name(const char* message, long newCode) noexcept : XelCsvReaderException(message, newCode) {} \
   XelCsvReader::Name::~Name() = default
 
 XELCSV_DEFINE_EXCEPTION(XelFileNotFoundException);

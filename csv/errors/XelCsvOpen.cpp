@@ -57,7 +57,7 @@ const OpenError* findText(int error) noexcept {
 
 // The system's text for an errno, in no other language than all messages: strerror() follows the process's locale.
 const char* getSystemText(int error) noexcept {
-#if defined(LC_MESSAGES_MASK) && !defined(__APPLE__)  // POSIX 2008
+#if defined(LC_MESSAGES_MASK) && !defined(__APPLE__)                    // POSIX 2008
   const locale_t plain = newlocale(LC_MESSAGES_MASK, "C", locale_t());  // built in: takes no memory, cannot fail
   const char* text = strerror_l(error, plain);
   freelocale(plain);

@@ -1,10 +1,9 @@
 #include "csv/line/XelCsvFormat.h"
 
-#include <algorithm>
 #include <initializer_list>
 
-XelCsvFormat::XelCsvFormat(const char* separators, char decimal, char quote) {
-  std::fill_n(classes, sizeof classes, XelByteClass::Text);
+XelCsvFormat::XelCsvFormat(const char* separators, char decimal, char quote) noexcept {
+  for (XelByteClass& value : classes) value = XelByteClass::Text;
   const auto set = [this](char byte, XelByteClass value) { classes[static_cast<unsigned char>(byte)] = value; };
   set(decimal, XelByteClass::Decimal);
   set(quote, XelByteClass::Quote);

@@ -11,12 +11,12 @@ enum class XelByteClass : unsigned char { Text, Separator, SpaceSeparator, Quote
 // separator goes before the quote, the quote before the decimal character.
 class XelCsvFormat {
  public:
-  XelCsvFormat(const char* separators, char decimal, char quote);
+  XelCsvFormat(const char* separators, char decimal, char quote) noexcept;
 
-  XelByteClass getClass(char byte) const { return classes[static_cast<unsigned char>(byte)]; }
+  XelByteClass getClass(char byte) const noexcept { return classes[static_cast<unsigned char>(byte)]; }
 
   // Whether the byte separates fields outside quotes. A line end does not.
-  bool isSeparator(char byte) const {
+  bool isSeparator(char byte) const noexcept {
     const XelByteClass found = getClass(byte);
     return found == XelByteClass::Separator || found == XelByteClass::SpaceSeparator;
   }

@@ -9,16 +9,16 @@
 // Joins values with "-", no "-" at either end. Grows as needed; used again for the next line without a new allocation.
 class XelCsvKey {
  public:
-  explicit XelCsvKey(XelEnv environment) : env(environment) {}
+  explicit XelCsvKey(XelEnv environment) noexcept : env(environment) {}
 
   // Begins a new key, which is empty until values come.
-  void clear() { length = values = 0; }
+  void clear() noexcept { length = values = 0; }
 
   // Appends a value. Throws std::bad_alloc.
   void add(const XelCsvSpan& value);
 
   // The key so far.
-  XelCsvSpan getText() const { return {text.get(), text.get() + length}; }
+  XelCsvSpan getText() const noexcept { return {text.get(), text.get() + length}; }
 
   // The key in an environment string of exactly its length + 1 bytes. Throws std::bad_alloc.
   XelEnvBlock<char> copy() const { return XelCopyString(env, text.get(), length); }

@@ -156,7 +156,7 @@ bool XelCsvLine::printValueOfKeys() const {
 
 void XelCsvLine::copy(const XelCsvLine& other) {
   if (other.impl == nullptr) {
-    if (impl != nullptr) impl->copy(nullptr);
+    if (impl != nullptr) impl->clear();
     return;
   }
   if (impl != nullptr) {

@@ -8,7 +8,7 @@
 #include "csv/line/XelCsvText.h"
 #include "csv/table/XelCsvTableReaderI.h"
 
-XelCsvLineI::XelCsvLineI(XelEnv environment, XelCsvTableReaderI* table)
+XelCsvLineI::XelCsvLineI(XelEnv environment, XelCsvTableReaderI* table) noexcept
     : tableReader(table), lineNumber(0), env(environment), numberOfFields(0) {}
 
 XelCsvLineI::XelCsvLineI(const char* formatted, XelCsvTableReaderI* table, long number)
@@ -32,7 +32,7 @@ XelCsvLineI::XelCsvLineI(XelEnvBlock<char> formatted, char* const* starts, XelCs
 
 XelCsvLineI::~XelCsvLineI() { clear(); }
 
-void XelCsvLineI::take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields) {
+void XelCsvLineI::take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields) noexcept {
   text = newText.release();
   fields = newFields.release();
   ownsStorage = true;
@@ -51,7 +51,7 @@ void XelCsvLineI::init(const char* formatted) {
   setFieldsToLine(fields);
 }
 
-char* XelCsvLineI::setFieldsToLine(char** starts) const {
+char* XelCsvLineI::setFieldsToLine(char** starts) const noexcept {
   char* const last = text + XelLineSize - 1;
   char* at = text;
   for (long field = 0; field < numberOfFields; ++field) {
@@ -63,7 +63,7 @@ char* XelCsvLineI::setFieldsToLine(char** starts) const {
   return at;
 }
 
-long XelCsvLineI::computeLength(const char* formatted) const {
+long XelCsvLineI::computeLength(const char* formatted) const noexcept {
   long length = 0;
   for (long field = 0; field < numberOfFields && length < XelLineSize; ++field) {
     length += XelTextLength(formatted + length, XelLineSize - length) + 1;
@@ -71,12 +71,12 @@ long XelCsvLineI::computeLength(const char* formatted) const {
   return std::min(length, XelLineSize);
 }
 
-void XelCsvLineI::buildCsvLine(char* formatted, char** starts, long number, XelCsvTableReaderI* table) {
+void XelCsvLineI::buildCsvLine(char* formatted, char** starts, long number, XelCsvTableReaderI* table) noexcept {
   adoptFields(formatted, starts, number, table);
   setFieldsToLine(fields);
 }
 
-void XelCsvLineI::adoptFields(char* formatted, char** starts, long number, XelCsvTableReaderI* table) {
+void XelCsvLineI::adoptFields(char* formatted, char** starts, long number, XelCsvTableReaderI* table) noexcept {
   clear();  // a copy into this record may have given it storage of its own
   text = formatted;
   fields = starts;
@@ -140,13 +140,13 @@ bool XelCsvLineI::emptyFieldByHeader(const char* heading) const {
   return emptyFieldByPosition(tableReader->getPosition(heading));
 }
 
-const char* XelCsvLineI::trimField(long position) const {
+const char* XelCsvLineI::trimField(long position) const noexcept {
   char* field = fields[position];
   if (*field != '\0') XelTrim(field);
   return field;
 }
 
-void XelCsvLineI::clear() {
+void XelCsvLineI::clear() noexcept {
   if (ownsStorage) {
     env.free(text, XelLineSize);
     env.free(fields, numberOfFields * static_cast<long>(sizeof(char*)));

@@ -12,7 +12,7 @@ class XelCsvTableReaderI;
 class XelCsvLineI : public XelEnvResident {
  public:
   // A record without text, fields or line number; table may be null.
-  XelCsvLineI(XelEnv environment, XelCsvTableReaderI* table);
+  XelCsvLineI(XelEnv environment, XelCsvTableReaderI* table) noexcept;
 
   // A record of formatted text: as many fields as table formatted last. Throws std::bad_alloc.
   XelCsvLineI(const char* formatted, XelCsvTableReaderI* table, long number);
@@ -34,17 +34,17 @@ class XelCsvLineI : public XelEnvResident {
 
   // Notes in starts where each field of the text begins, and answers the position after the last field. Never looks
   // beyond XelLineSize bytes: fields that are not there are empty.
-  char* setFieldsToLine(char** starts) const;
+  char* setFieldsToLine(char** starts) const noexcept;
 
   // Bytes that the record's number of fields take in formatted text, terminators included; XelLineSize at most.
-  long computeLength(const char* formatted) const;
+  long computeLength(const char* formatted) const noexcept;
 
   // Uses the caller's storage without copying: a line that table formatted last, and an array for its fields. The
   // storage stays the caller's and is never freed by the record.
-  void buildCsvLine(char* formatted, char** starts, long number, XelCsvTableReaderI* table);
+  void buildCsvLine(char* formatted, char** starts, long number, XelCsvTableReaderI* table) noexcept;
 
   // The same with the starts of the fields already in the array.
-  void adoptFields(char* formatted, char** starts, long number, XelCsvTableReaderI* table);
+  void adoptFields(char* formatted, char** starts, long number, XelCsvTableReaderI* table) noexcept;
 
   // Makes this record a copy of other, packed: only the fields. From null it becomes empty. Throws std::bad_alloc, the
   // record then is as before.
@@ -62,23 +62,23 @@ class XelCsvLineI : public XelEnvResident {
   bool emptyFieldByHeader(const char* heading) const;
 
   // Removes the spaces at either end of a field in place and answers it; only for a position that is there.
-  const char* trimField(long position) const;
+  const char* trimField(long position) const noexcept;
 
   // Gives the record's own storage back and lets go of any other: no text, no fields.
-  void clear();
+  void clear() noexcept;
 
-  long getNumberOfFields() const { return numberOfFields; }
-  long getLineNumber() const { return lineNumber; }
-  XelEnv getEnv() const { return env; }
-  XelCsvTableReaderI* getTableReader() const { return tableReader; }
-  char* getText() const { return text; }
-  char** getFields() const { return fields; }
+  long getNumberOfFields() const noexcept { return numberOfFields; }
+  long getLineNumber() const noexcept { return lineNumber; }
+  XelEnv getEnv() const noexcept { return env; }
+  XelCsvTableReaderI* getTableReader() const noexcept { return tableReader; }
+  char* getText() const noexcept { return text; }
+  char** getFields() const noexcept { return fields; }
 
   // Points the record at another table, the one that keeps it.
-  void setTableReader(XelCsvTableReaderI* table) { tableReader = table; }
+  void setTableReader(XelCsvTableReaderI* table) noexcept { tableReader = table; }
 
  private:
-  void take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields);
+  void take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields) noexcept;
 
   char* text = nullptr;
   char** fields = nullptr;

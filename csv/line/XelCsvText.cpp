@@ -2,7 +2,8 @@
 
 #include <cstring>
 
-XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format, char** fields) {
+XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
+                               char** fields) noexcept {
   char* out = to;
   long count = 1;
   bool inQuotes = false;
@@ -42,7 +43,7 @@ XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, cons
   return {out - to, count};
 }
 
-bool XelIsSettledText(const char* text, const XelCsvFormat& format) {
+bool XelIsSettledText(const char* text, const XelCsvFormat& format) noexcept {
   for (; *text != '\0'; ++text) {
     const XelByteClass byteClass = format.getClass(*text);
     const bool stays = byteClass == XelByteClass::Text || (byteClass == XelByteClass::Decimal && *text == '.');
@@ -51,31 +52,31 @@ bool XelIsSettledText(const char* text, const XelCsvFormat& format) {
   return true;
 }
 
-XelCsvSpan XelTrimmed(const char* begin, const char* end) {
+XelCsvSpan XelTrimmed(const char* begin, const char* end) noexcept {
   while (begin != end && *begin == ' ') ++begin;
   while (end != begin && end[-1] == ' ') --end;
   return {begin, end};
 }
 
-long XelTextLength(const char* text, long limit) {
+long XelTextLength(const char* text, long limit) noexcept {
   const void* end = std::memchr(text, '\0', static_cast<std::size_t>(limit));
   return end == nullptr ? limit : static_cast<const char*>(end) - text;
 }
 
-void XelTrim(char* text) {
+void XelTrim(char* text) noexcept {
   const XelCsvSpan kept = XelTrimmed(text, text + std::strlen(text));
   const long length = kept.getLength();
   if (kept.begin != text) std::memmove(text, kept.begin, static_cast<std::size_t>(length));
   text[length] = '\0';
 }
 
-XelCsvSpan XelFirstField(const char* begin, const char* end, const XelCsvFormat& format) {
+XelCsvSpan XelFirstField(const char* begin, const char* end, const XelCsvFormat& format) noexcept {
   const char* at = begin;
   while (at != end && format.getClass(*at) != XelByteClass::LineEnd && !format.isSeparator(*at)) ++at;
   return {begin, at};
 }
 
-bool XelIsEmptyLine(const char* begin, const char* end) {
+bool XelIsEmptyLine(const char* begin, const char* end) noexcept {
   const char* at = begin;
   while (at != end && (*at == ' ' || *at == '\t')) ++at;
   return at == end || *at == '\n' || *at == '\r' || *at == '\0';

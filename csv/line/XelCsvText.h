@@ -8,7 +8,7 @@ struct XelCsvSpan {
   const char* begin;
   const char* end;
 
-  long getLength() const { return end - begin; }
+  long getLength() const noexcept { return end - begin; }
 };
 
 // What formatting a line gives.
@@ -25,22 +25,22 @@ struct XelFormattedLine {
 // to may be from itself, and must have room for the bytes up to the line's end and a terminator. When fields is not
 // null it gets the start of each field, as many as there are bytes and one more at most.
 XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
-                               char** fields = nullptr);
+                               char** fields = nullptr) noexcept;
 
 // Whether formatting a text would give the same text as one field again.
-bool XelIsSettledText(const char* text, const XelCsvFormat& format);
+bool XelIsSettledText(const char* text, const XelCsvFormat& format) noexcept;
 
 // The text without the spaces (code 32 only) at either end.
-XelCsvSpan XelTrimmed(const char* begin, const char* end);
+XelCsvSpan XelTrimmed(const char* begin, const char* end) noexcept;
 
 // Bytes before the text's terminator, limit at most.
-long XelTextLength(const char* text, long limit);
+long XelTextLength(const char* text, long limit) noexcept;
 
 // Removes the spaces at either end of a zero-terminated text in place.
-void XelTrim(char* text);
+void XelTrim(char* text) noexcept;
 
 // The raw line's first field: up to the first separator, line feed, carriage return or zero byte. Quotes do not count.
-XelCsvSpan XelFirstField(const char* begin, const char* end, const XelCsvFormat& format);
+XelCsvSpan XelFirstField(const char* begin, const char* end, const XelCsvFormat& format) noexcept;
 
 // Whether the line [begin, end) holds only spaces and tabs before its line feed, carriage return, zero byte or end.
-bool XelIsEmptyLine(const char* begin, const char* end);
+bool XelIsEmptyLine(const char* begin, const char* end) noexcept;

@@ -57,7 +57,7 @@ void XelCsvReaderI::init(const char* fileToRead, const char* separatorSet, char 
   lineBuffer[0] = '\0';
 }
 
-void XelCsvReaderI::clear() {
+void XelCsvReaderI::clear() noexcept {
   XelFreeString(env, separators);
   separators = nullptr;
   XelFreeString(env, fileName);
@@ -71,7 +71,7 @@ void XelCsvReaderI::clear() {
   }
   numberOfTables = 0;
   for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&tables); it.ok(); ++it) {
-    env.free(*it, static_cast<long>(sizeof(OffsetAndLineNumber)));
+    XelFree(env, *it);
   }
   tables.clear();
   endOffsets.clear();
@@ -79,7 +79,7 @@ void XelCsvReaderI::clear() {
   uniqueTable = nullptr;
   XelFreeString(env, requiredBy);
   requiredBy = nullptr;
-  env.free(lineBuffer, XelLineSize);
+  XelFree(env, lineBuffer, XelLineSize);
   lineBuffer = nullptr;
 }
 
@@ -129,7 +129,7 @@ XelCsvTableReaderI* XelCsvReaderI::getReaderForUniqueTableFile() const {
   return uniqueTable;
 }
 
-long XelCsvReaderI::getNumberOfReservedTables() const {
+long XelCsvReaderI::getNumberOfReservedTables() const noexcept {
   long reserved = 0;
   for (const char* name : {XelCsvFormatTable, XelDataSchemaTable}) {
     const char* next = getTableName(reserved);
@@ -138,7 +138,7 @@ long XelCsvReaderI::getNumberOfReservedTables() const {
   return reserved;
 }
 
-long XelCsvReaderI::getNumberOfTables() const { return numberOfTables - getNumberOfReservedTables(); }
+long XelCsvReaderI::getNumberOfTables() const noexcept { return numberOfTables - getNumberOfReservedTables(); }
 
 XelCsvLineI* XelCsvReaderI::getLineByNumber(long number) {
   testReaderForUniquetable("getLineByNumber");
@@ -207,21 +207,21 @@ const char* XelCsvReaderI::getStoredName(const char* name) const {
   return item == nullptr ? nullptr : item->getKey();
 }
 
-const char* XelCsvReaderI::getTableName(long index) const {
+const char* XelCsvReaderI::getTableName(long index) const noexcept {
   const bool isThere = tableNames.getImpl() != nullptr && index >= 0 && index < tableNames.getSize();
   return isThere ? tableNames[index] : nullptr;
 }
 
-bool XelCsvReaderI::isEmpty(const char* line) { return XelIsEmptyLine(line, line + std::strlen(line)); }
+bool XelCsvReaderI::isEmpty(const char* line) noexcept { return XelIsEmptyLine(line, line + std::strlen(line)); }
 
-char* XelCsvReaderI::getFirstField(char* line) const {
+char* XelCsvReaderI::getFirstField(char* line) const noexcept {
   line[XelFirstField(line, line + std::strlen(line), format).getLength()] = '\0';
   return line;
 }
 
-void XelCsvReaderI::trim(char* text) const { XelTrim(text); }
+void XelCsvReaderI::trim(char* text) const noexcept { XelTrim(text); }
 
-char XelCsvReaderI::computeMaxChar(const char* set) {
+char XelCsvReaderI::computeMaxChar(const char* set) noexcept {
   signed char greatest = 0;
   for (const char* at = set; *at != '\0'; ++at) {
     const auto byte = static_cast<signed char>(*at);

@@ -64,10 +64,10 @@ class XelCsvReaderI : public XelEnvResident {
   XelCsvTableReaderI* getReaderForUniqueTableFile() const;
 
   // Number of tables, the reserved ones left out.
-  long getNumberOfTables() const;
+  long getNumberOfTables() const noexcept;
 
   // Number of reserved tables at the start of the directory: 0, 1 or 2.
-  long getNumberOfReservedTables() const;
+  long getNumberOfReservedTables() const noexcept;
 
   // ---- The one table of a one-table file.
 
@@ -105,10 +105,10 @@ class XelCsvReaderI : public XelEnvResident {
   const char* getStoredName(const char* name) const;
 
   // Name number index of the directory, reserved tables included; null when there is none.
-  const char* getTableName(long index) const;
+  const char* getTableName(long index) const noexcept;
 
   // Tables found, reserved ones included; 1 for a one-table file.
-  long getNumberOfAllTables() const { return numberOfTables; }
+  long getNumberOfAllTables() const noexcept { return numberOfTables; }
 
   // ---- Reading.
 
@@ -119,44 +119,44 @@ class XelCsvReaderI : public XelEnvResident {
                                        long* offset);
 
   // Whether a line holds only spaces and tabs.
-  static bool isEmpty(const char* line);
+  static bool isEmpty(const char* line) noexcept;
 
   // Cuts the line in place after its first field and answers it.
-  char* getFirstField(char* line) const;
+  char* getFirstField(char* line) const noexcept;
 
   // Removes the spaces at either end of a text in place.
-  void trim(char* text) const;
+  void trim(char* text) const noexcept;
 
   // The greatest character of a set, compared as signed char; 0 for the empty set.
-  static char computeMaxChar(const char* set);
+  static char computeMaxChar(const char* set) noexcept;
 
   // ---- Settings and results.
 
-  XelEnv getEnv() const { return env; }
-  const char* getFileName() const { return fileName; }
-  const XelCsvFormat& getFormat() const { return format; }
-  const char* getSeparators() const { return separators; }
-  char getComment() const { return comment; }
-  char getQuote() const { return quote; }
-  char getDecimal() const { return decimal; }
-  char getMaxSeparator() const { return maxSeparator; }
-  bool isCached() const { return cached != 0; }
-  bool isTableSplittingAllowed() const { return allowTableSplitting != 0; }
-  bool isMultiTable() const { return multiTable != 0; }
+  XelEnv getEnv() const noexcept { return env; }
+  const char* getFileName() const noexcept { return fileName; }
+  const XelCsvFormat& getFormat() const noexcept { return format; }
+  const char* getSeparators() const noexcept { return separators; }
+  char getComment() const noexcept { return comment; }
+  char getQuote() const noexcept { return quote; }
+  char getDecimal() const noexcept { return decimal; }
+  char getMaxSeparator() const noexcept { return maxSeparator; }
+  bool isCached() const noexcept { return cached != 0; }
+  bool isTableSplittingAllowed() const noexcept { return allowTableSplitting != 0; }
+  bool isMultiTable() const noexcept { return multiTable != 0; }
 
   // errno of the open that failed while the reader was made, 0 when none did.
-  int getOpenError() const { return openError; }
+  int getOpenError() const noexcept { return openError; }
 
   // Whether the scan stopped at a table's name that came back; getLineBuffer() then begins with the name.
-  bool isDuplicatedTableFound() const { return duplicatedTable != 0; }
-  const char* getLineBuffer() const { return lineBuffer; }
+  bool isDuplicatedTableFound() const noexcept { return duplicatedTable != 0; }
+  const char* getLineBuffer() const noexcept { return lineBuffer; }
 
   // Whether the scan met a line without a name, and the number of the last such line.
-  bool isEmptyNameFound() const { return emptyNameFound != 0; }
-  long getEmptyNameLine() const { return emptyNameLine; }
+  bool isEmptyNameFound() const noexcept { return emptyNameFound != 0; }
+  long getEmptyNameLine() const noexcept { return emptyNameLine; }
 
   // Gives back everything that the reader owns.
-  void clear();
+  void clear() noexcept;
 
  private:
   // What the public constructor continues from: everything empty, so that the destructor runs when it throws.
@@ -172,8 +172,8 @@ class XelCsvReaderI : public XelEnvResident {
   long stockTableNamesAndOffsets();
   bool isNewTable(const char* name, const char* previousName) const;
   const char* addOffset(const char* name, OffsetAndLineNumber* record);
-  bool isDuplicatedTable(const char* storedName, OffsetAndLineNumber* record) const;
-  void copyNameToBuffer(const XelCsvSpan& name);
+  bool isDuplicatedTable(const char* storedName, OffsetAndLineNumber* record) const noexcept;
+  void copyNameToBuffer(const XelCsvSpan& name) noexcept;
 
   void setCsvFormat();
   void setRequiredByAndFileVersion();

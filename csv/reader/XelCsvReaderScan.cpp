@@ -16,7 +16,7 @@ long XelCsvReaderI::skipCommentAndEmptyLines(XelCsvLines& lines, char* buffer, c
 }
 
 // Puts a table's name into the line buffer.
-void XelCsvReaderI::copyNameToBuffer(const XelCsvSpan& name) {
+void XelCsvReaderI::copyNameToBuffer(const XelCsvSpan& name) noexcept {
   const auto length = static_cast<std::size_t>(name.getLength());
   std::memcpy(lineBuffer, name.begin, length);
   lineBuffer[length] = '\0';
@@ -87,12 +87,12 @@ const char* XelCsvReaderI::addOffset(const char* name, OffsetAndLineNumber* reco
   tableNames.add(copy.get());
   const char* stored = copy.release();
   if (endOffsets.add(stored, record->offset) != 0) return nullptr;
-  if (tables.add(stored, record) != 0) return nullptr;
+  tables.add(stored, record);  // the two hold the same names
   return stored;
 }
 
-bool XelCsvReaderI::isDuplicatedTable(const char* storedName, OffsetAndLineNumber* record) const {
+bool XelCsvReaderI::isDuplicatedTable(const char* storedName, OffsetAndLineNumber* record) const noexcept {
   if (storedName != nullptr) return false;
-  env.free(record, static_cast<long>(sizeof(OffsetAndLineNumber)));
+  XelFree(env, record);
   return true;
 }

@@ -97,19 +97,19 @@ OffsetAndLineNumber* XelCachedCsvTableReaderI::getOffsetAndLineNumber(const char
   return record;
 }
 
-const char* XelCachedCsvTableReaderI::getLineKey(long index) const {
+const char* XelCachedCsvTableReaderI::getLineKey(long index) const noexcept {
   return index >= 0 && index < lineKeys.getSize() ? lineKeys[index] : nullptr;
 }
 
-const char* XelCachedCsvTableReaderI::getDuplicatedKey() const {
+const char* XelCachedCsvTableReaderI::getDuplicatedKey() const noexcept {
   return duplicatedLine == 0 ? nullptr : getLineKey(lineKeys.getSize() - 1);
 }
 
-void XelCachedCsvTableReaderI::clearCachedTable() {
+void XelCachedCsvTableReaderI::clearCachedTable() noexcept {
   for (long index = 0; index < lineKeys.getSize(); ++index) XelFreeString(env, lineKeys[index]);
   lineKeys.clear();
   for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&lineOffsets); it.ok(); ++it) {
-    env.free(*it, static_cast<long>(sizeof(OffsetAndLineNumber)));
+    XelFree(env, *it);
   }
   lineOffsets.clear();
   duplicatedLine = 0;

@@ -33,7 +33,7 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   OffsetAndLineNumber* getOffsetAndLineNumber(const char* key) const override;
 
   // Gives back all keys and records; the index is empty then.
-  void clearCachedTable();
+  void clearCachedTable() noexcept;
   void clearTable() override;
   void copy(XelCsvTableReaderI* other) override;
 
@@ -46,10 +46,10 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   long addLineOffset(const char* key, OffsetAndLineNumber* record);
 
   // Key number index in file order; null when there is none.
-  const char* getLineKey(long index) const;
+  const char* getLineKey(long index) const noexcept;
 
   // The key at which the indexing stopped because an earlier line has it; null when there is none.
-  const char* getDuplicatedKey() const;
+  const char* getDuplicatedKey() const noexcept;
 
  private:
   struct Unindexed {};

@@ -71,7 +71,6 @@ void XelCsvTableReaderI::addKeyLine(const char* line, long lineNumber) {
   const long marker = reader->isMultiTable() ? 0 : 1;
   if (marker == 1 && firstLine == nullptr) numberOfColumns = numberOfFields - 1;
   for (long field = marker; field < numberOfFields; ++field) {
-    record->check("getIntByPosition", field);
     long overflow = 0;
     const long value = reader->parseInt(record->getFields()[field], overflow);
     if (overflow != 0) XelCsvErrors::overflow(getSite(), field, lineNumber);

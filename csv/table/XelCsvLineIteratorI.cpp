@@ -20,7 +20,7 @@ XelNonCachedCsvLineIteratorI& XelNonCachedCsvLineIteratorI::operator=(const XelN
 
 XelNonCachedCsvLineIteratorI::~XelNonCachedCsvLineIteratorI() { clear(); }
 
-void XelNonCachedCsvLineIteratorI::clear() const {
+void XelNonCachedCsvLineIteratorI::clear() const noexcept {
   delete walk;
   walk = nullptr;
   table = nullptr;
@@ -141,7 +141,7 @@ XelCachedCsvLineIteratorI& XelCachedCsvLineIteratorI::operator=(const XelCachedC
 
 XelCachedCsvLineIteratorI::~XelCachedCsvLineIteratorI() { clear(); }
 
-void XelCachedCsvLineIteratorI::clear() const {
+void XelCachedCsvLineIteratorI::clear() const noexcept {
   delete walk;
   walk = nullptr;
   table = nullptr;

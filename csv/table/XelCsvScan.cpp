@@ -13,7 +13,7 @@ XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, const char* mode)
   table->openAt(own, mode, XelCsvReach::ManyLines, offset);
 }
 
-XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened)
+XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened) noexcept
     : table(scanned),
       own(table->getEnv()),
       lines(opened),
@@ -28,14 +28,14 @@ void XelCsvScan::format() {
   table->formatLine(lines.getLine(), text.get(), fields.get());
 }
 
-bool XelCsvScan::formatAgain() { return table->formatAgain(text.get(), fields.get()); }
+bool XelCsvScan::formatAgain() noexcept { return table->formatAgain(text.get(), fields.get()); }
 
-XelCsvSpan XelCsvScan::getTrimmed(long position) const {
+XelCsvSpan XelCsvScan::getTrimmed(long position) const noexcept {
   const char* field = fields[position];
   return XelTrimmed(field, field + std::strlen(field));
 }
 
-bool XelCsvScan::isOwn() const { return table->isOwnName(getTrimmed(0)); }
+bool XelCsvScan::isOwn() const noexcept { return table->isOwnName(getTrimmed(0)); }
 
 void XelCsvScan::checkNumberOfKeys() const {
   const long keys = table->getNumberOfKeys();

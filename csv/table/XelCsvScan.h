@@ -17,25 +17,25 @@ class XelCsvScan {
   XelCsvScan(XelCsvTableReaderI* scanned, const char* mode);
 
   // The same over a file that is open and stands before the first data line.
-  XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened);
+  XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened) noexcept;
 
   // Goes to the next line that is neither a comment nor empty; false when the file ends before.
   bool next();
 
   // Whether the line begins in the table's region.
-  bool isInside() const { return offset <= table->getEndOffset(); }
+  bool isInside() const noexcept { return offset <= table->getEndOffset(); }
 
   // Whether next() read any line at all; otherwise nothing has changed but the line's formatting may.
-  bool hasRead() const { return lines.hasRead(); }
+  bool hasRead() const noexcept { return lines.hasRead(); }
 
   // Formats the line read last, comment or empty line included. Throws std::bad_alloc.
   void format();
 
   // Formats the text that format() left once more; false when that changed nothing, nor ever will.
-  bool formatAgain();
+  bool formatAgain() noexcept;
 
   // Whether the formatted line's first field, trimmed, is the table's name.
-  bool isOwn() const;
+  bool isOwn() const noexcept;
 
   // Throws XelCsvReaderException when the formatted line has fewer fields than the table has key columns.
   void checkNumberOfKeys() const;
@@ -52,12 +52,12 @@ class XelCsvScan {
   XelCsvLineI* makeLine(bool named, bool keyed);
 
   // Of the line read last.
-  long getOffset() const { return offset; }
-  long getLineNumber() const { return lineNumber; }
+  long getOffset() const noexcept { return offset; }
+  long getLineNumber() const noexcept { return lineNumber; }
 
  private:
   // A field of the formatted line without the spaces around it.
-  XelCsvSpan getTrimmed(long position) const;
+  XelCsvSpan getTrimmed(long position) const noexcept;
 
   XelCsvTableReaderI* table;
   XelCsvLines own;     // the file, unless it was opened by the caller

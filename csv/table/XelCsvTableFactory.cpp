@@ -17,7 +17,7 @@ XelEnvOwner<XelCsvTableReaderI> XelMakeEmptyTableReader(XelEnv env, bool isCache
   return XelNew<XelNonCachedCsvTableReaderI>(env, env);
 }
 
-const char* XelGetDuplicatedKey(const XelCsvTableReaderI& table) {
+const char* XelGetDuplicatedKey(const XelCsvTableReaderI& table) noexcept {
   const auto* cached = dynamic_cast<const XelCachedCsvTableReaderI*>(&table);
   return cached == nullptr ? nullptr : cached->getDuplicatedKey();
 }

@@ -13,7 +13,7 @@ XelEnvOwner<XelCsvTableReaderI> XelMakeTableReader(XelCsvReaderI* reader, const 
 XelEnvOwner<XelCsvTableReaderI> XelMakeEmptyTableReader(XelEnv env, bool isCached);
 
 // The key that two lines of a table share, null when there is none or the table is not cached.
-const char* XelGetDuplicatedKey(const XelCsvTableReaderI& table);
+const char* XelGetDuplicatedKey(const XelCsvTableReaderI& table) noexcept;
 
 // Throws XelFileNotFoundException when errno, as the construction or copy just before left it, or openError, which that
 // construction remembers, says that a file could not be opened.

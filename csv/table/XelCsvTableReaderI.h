@@ -55,13 +55,13 @@ class XelCsvTableReaderI : public XelEnvResident {
   void partialCopy(XelCsvTableReaderI* other);
 
   // Forgets heading line and keys.
-  void partialClear();
+  void partialClear() noexcept;
 
   // Number of columns.
-  long getNumberOfColumns() const { return numberOfColumns; }
+  long getNumberOfColumns() const noexcept { return numberOfColumns; }
 
   // Whether there is a heading line with this heading. Trims the heading line's fields in place.
-  bool isHeadingExists(const char* heading) const;
+  bool isHeadingExists(const char* heading) const noexcept;
 
   // Column of a heading. Throws XelColumnHeaderNotFoundException. Trims the heading line's fields in place.
   long getPosition(const char* heading) const;
@@ -74,15 +74,15 @@ class XelCsvTableReaderI : public XelEnvResident {
   void testNumberOfFields(XelCsvLineI* line) const;
 
   // Formats a zero-terminated raw line of at most XelLineSize bytes in place.
-  void formatLine(char* line);
+  void formatLine(char* line) noexcept;
 
   // Formats a raw line into XelLineSize bytes, and notes the starts of its fields when starts is not null (at most
   // XelLineSize of them).
-  void formatLine(const XelCsvSpan& raw, char* to, char** starts);
+  void formatLine(const XelCsvSpan& raw, char* to, char** starts) noexcept;
 
   // Formats text that is formatted already, as far as its first field, once more in place. False when there was nothing
   // to change, nor ever will be.
-  bool formatAgain(char* text, char** starts);
+  bool formatAgain(char* text, char** starts) noexcept;
 
   // As XelCsvReaderI::skipCommentAndEmptyLines.
   long skipCommentAndEmptyLines(XelCsvLines& lines, char* buffer, char comment, long* lineNumber, long* offset) const;
@@ -96,45 +96,45 @@ class XelCsvTableReaderI : public XelEnvResident {
   // A field is taken as a key value; throws XelFieldNotFoundException when the line has no such field.
   void checkKeyField(long position, long fieldsOfLine, long lineNumber) const;
 
-  XelCsvSite getSite() const;
-  XelEnv getEnv() const { return env; }
-  XelCsvReaderI* getReader() const { return reader; }
-  const char* getNameOfTable() const { return nameOfTable; }
+  XelCsvSite getSite() const noexcept;
+  XelEnv getEnv() const noexcept { return env; }
+  XelCsvReaderI* getReader() const noexcept { return reader; }
+  const char* getNameOfTable() const noexcept { return nameOfTable; }
 
   // The heading line's record, null when there is none. In a copy of a table without one it is a record without fields.
-  XelCsvLineI* getFirstLine() const { return firstLine; }
+  XelCsvLineI* getFirstLine() const noexcept { return firstLine; }
 
   // The heading line's record, null when there is none or it has no fields.
-  XelCsvLineI* getHeadingLine() const;
+  XelCsvLineI* getHeadingLine() const noexcept;
 
-  long getNumberOfKeys() const { return keyPositions.getSize(); }
-  long getKeyPosition(long key) const { return keyPositions[key]; }
+  long getNumberOfKeys() const noexcept { return keyPositions.getSize(); }
+  long getKeyPosition(long key) const noexcept { return keyPositions[key]; }
 
   // Of the line formatted last.
-  long getNumberOfFields() const { return numberOfFields; }
-  long getLineLength() const { return lineLength; }
+  long getNumberOfFields() const noexcept { return numberOfFields; }
+  long getLineLength() const noexcept { return lineLength; }
 
   // Where the data lines begin, and the greatest offset at which one of them may.
-  long getFirstDataOffset() const { return firstDataOffset; }
-  long getFirstDataLineNumber() const { return firstDataLineNumber; }
-  long getEndOffset() const { return endOffset; }
+  long getFirstDataOffset() const noexcept { return firstDataOffset; }
+  long getFirstDataLineNumber() const noexcept { return firstDataLineNumber; }
+  long getEndOffset() const noexcept { return endOffset; }
 
   // Whether lines of other tables may stand between those of this one, so that each line is asked for its table's name.
-  bool isSplit() const;
+  bool isSplit() const noexcept;
 
   // Whether a data line's first field names this table.
-  bool isOwnName(const XelCsvSpan& name) const;
+  bool isOwnName(const XelCsvSpan& name) const noexcept;
 
   // errno of the open that failed while the table was made or copied, 0 when none did.
-  int getOpenError() const { return openError; }
+  int getOpenError() const noexcept { return openError; }
 
   // Whether the table belongs to a file reader or an iterator, not to the user.
-  bool isLent() const { return lent; }
-  void setLent() { lent = true; }
+  bool isLent() const noexcept { return lent; }
+  void setLent() noexcept { lent = true; }
 
  protected:
   // Opens the file, or remembers why not.
-  bool tryOpen(XelCsvLines& lines);
+  bool tryOpen(XelCsvLines& lines) noexcept;
 
   // Exchanges what was learned of the table with another reader, the environment that it lives in too.
   void swapTable(XelCsvTableReaderI& other) noexcept;

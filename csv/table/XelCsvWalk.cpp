@@ -16,12 +16,12 @@ bool XelCsvWalk::skipCommentAndEmptyLines(long& lineNumber, long& offset) {
   return file.skipCommentAndEmptyLines(table->getReader()->getComment(), lineNumber, offset);
 }
 
-void XelCsvWalk::formatLine(long lineNumber) {
+void XelCsvWalk::formatLine(long lineNumber) noexcept {
   table->formatLine(file.getLine(), buffer.get(), fields.get());
   line.adoptFields(buffer.get(), fields.get(), lineNumber, table);
 }
 
-bool XelCsvWalk::formatAgain(long lineNumber) {
+bool XelCsvWalk::formatAgain(long lineNumber) noexcept {
   if (!table->formatAgain(buffer.get(), fields.get())) return false;
   line.adoptFields(buffer.get(), fields.get(), lineNumber, table);
   return true;

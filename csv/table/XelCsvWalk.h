@@ -13,7 +13,7 @@ class XelCsvWalk : public XelEnvResident {
   XelCsvWalk(XelCsvTableReaderI* walked, const char* mode);
 
   // Goes to a byte offset; false when the file cannot be positioned.
-  bool seek(long offset) { return file.seek(offset); }
+  bool seek(long offset) noexcept { return file.seek(offset); }
 
   // Reads the line that the file stands at; what cannot be read is an empty line. Throws std::bad_alloc.
   void readLine(long lineNumber);
@@ -22,16 +22,16 @@ class XelCsvWalk : public XelEnvResident {
   bool skipCommentAndEmptyLines(long& lineNumber, long& offset);
 
   // Whether the last skipCommentAndEmptyLines() read any line at all.
-  bool hasRead() const { return file.hasRead(); }
+  bool hasRead() const noexcept { return file.hasRead(); }
 
   // The line read last becomes the record.
-  void formatLine(long lineNumber);
+  void formatLine(long lineNumber) noexcept;
 
   // The record's text is formatted once more; false when that changes nothing, nor ever will.
-  bool formatAgain(long lineNumber);
+  bool formatAgain(long lineNumber) noexcept;
 
   // The record; it belongs to the walk.
-  XelCsvLineI* getLine() { return &line; }
+  XelCsvLineI* getLine() noexcept { return &line; }
 
  private:
   XelCsvTableReaderI* table;

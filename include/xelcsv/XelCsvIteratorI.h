@@ -35,7 +35,7 @@ class XELCSV_API XelNonCachedCsvLineIteratorI {
   void copy(const XelNonCachedCsvLineIteratorI& other);
 
   // Gives the stream and all memory back; ok stays what it was.
-  void clear() const;
+  void clear() const noexcept;
 
   // Whether the iterator stands on a line.
   bool isOk() const { return ok != 0; }
@@ -79,7 +79,7 @@ class XELCSV_API XelCachedCsvLineIteratorI {
   void copy(const XelCachedCsvLineIteratorI& other);
 
   // Gives the stream and all memory back; ok stays what it was.
-  void clear() const;
+  void clear() const noexcept;
 
   // Whether the iterator stands on a line.
   bool isOk() const { return ok != 0; }

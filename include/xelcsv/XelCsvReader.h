@@ -29,7 +29,7 @@ class XELCSV_API XelCsvReader {
   // Base of the family; thrown itself for a corrupted file. Its message names the place.
   class XELCSV_API XelCsvReaderException : public XelQuietException {
    public:
-    XelCsvReaderException(const char* message, long code);
+    XelCsvReaderException(const char* message, long code) noexcept;
     ~XelCsvReaderException() override;
     XelCsvReaderException(const XelCsvReaderException&) noexcept = default;
     XelCsvReaderException& operator=(const XelCsvReaderException&) noexcept = default;
@@ -39,7 +39,7 @@ class XELCSV_API XelCsvReader {
 #define XELCSV_EXCEPTION(Name)                           \
   class XELCSV_API Name : public XelCsvReaderException { \
    public:                                               \
-    Name(const char* message, long code);                \
+    Name(const char* message, long code) noexcept;       \
     ~Name() override;                                    \
     Name(const Name&) noexcept = default;                \
     Name& operator=(const Name&) noexcept = default;     \

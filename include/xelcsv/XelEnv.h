@@ -96,7 +96,7 @@ class XELCSV_API XelExceptionMessage {
 
  protected:
   // Copies the message, cut to XelMessageSize - 1 bytes; null is the empty message.
-  XelExceptionMessage(const char* message, long code);
+  XelExceptionMessage(const char* message, long code) noexcept;
   XelExceptionMessage(const XelExceptionMessage&) noexcept = default;
   XelExceptionMessage& operator=(const XelExceptionMessage&) noexcept = default;
 
@@ -108,7 +108,7 @@ class XELCSV_API XelExceptionMessage {
 // Base of all exceptions that report a misuse of a reader or a defect of a file. Copying one never throws.
 class XELCSV_API XelQuietException : public XelExceptionMessage, public std::exception {
  public:
-  XelQuietException(const char* message, long code);
+  XelQuietException(const char* message, long code) noexcept;
   ~XelQuietException() override;
   XelQuietException(const XelQuietException&) noexcept = default;
   XelQuietException& operator=(const XelQuietException&) noexcept = default;
@@ -121,7 +121,7 @@ class XELCSV_API XelQuietException : public XelExceptionMessage, public std::exc
 // operation of the public headers gives cause for it. It is no XelQuietException.
 class XELCSV_API XelWrongUsage : public XelExceptionMessage, public std::exception {
  public:
-  XelWrongUsage(const char* message, long code);
+  XelWrongUsage(const char* message, long code) noexcept;
   ~XelWrongUsage() override;
   XelWrongUsage(const XelWrongUsage&) noexcept = default;
   XelWrongUsage& operator=(const XelWrongUsage&) noexcept = default;

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "tests/support/DataFile.h"
+#include "tests/support/ExpectAssertion.h"
 #include "xelcsv/XelCsvReader.h"
 #include "xelcsv/XelEnv.h"
 
@@ -378,3 +379,15 @@ TEST(Infinity, IsThePositiveInfinityOfIeee) {
   EXPECT_GT(XelGetInfinity(), std::numeric_limits<double>::max());
   EXPECT_TRUE(std::isinf(-XelGetInfinity()));
 }
+
+#ifndef NDEBUG
+TEST(EnvDeathTest, UsingAnEmptyHandleIsAnAssertion) {
+  const XelEnv empty(nullptr);
+  char byte = 0;
+  EXPECT_XEL_ASSERTION(empty.allocate(1), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.free(&byte, 1), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getBytesInUse(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getBytesAllocated(), "impl != nullptr");
+  empty.free(nullptr, 1);  // nothing to give back
+}
+#endif

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/support/DataFile.h"
+#include "tests/support/DecimalPoint.h"
 #include "tests/support/TestEnv.h"
 #include "xelcsv/XelCsvReader.h"
 
@@ -301,6 +302,7 @@ std::string numberOrOverflow(const std::function<double()>& read) {
 }  // namespace
 
 TEST(FormatGuide, EveryExampleReadsAsTheGuideSays) {
+  const DecimalPoint point;
   const std::vector<Example> examples = readExamples();
   EXPECT_GE(examples.size(), 50U) << "examples got lost";
   for (const Example& example : examples) {
@@ -314,6 +316,7 @@ TEST(FormatGuide, EveryExampleReadsAsTheGuideSays) {
 }
 
 TEST(FormatGuide, EveryNumberReadsAsTheGuideSays) {
+  const DecimalPoint point;
   const std::vector<Strings> rows = readNumbers();
   EXPECT_GE(rows.size(), 20U) << "rows got lost";
   for (const Strings& row : rows) {

@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "tests/support/CoutCapture.h"
+#include "tests/support/DecimalPoint.h"
+#include "tests/support/ExpectAssertion.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TableOfFile.h"
 #include "tests/support/TestEnv.h"
@@ -85,6 +87,7 @@ class OneField {
 }  // namespace
 
 TEST(LineGetters, ReadFieldsByPositionAndHeading) {
+  const DecimalPoint point;
   for (const long isCached : {1L, 0L}) {
     FileSettings settings;
     settings.isCached = isCached;
@@ -177,6 +180,7 @@ TEST(LineGetters, GoOnWorkingAfterAnException) {
 }
 
 TEST(LineGetters, TrimForGood) {
+  const DecimalPoint point;
   TestEnv env;
   TableOfFile table(env, " a b , 4.5 ,  ,\tc ,5 \n");
   const XelCsvLine line = table->getLineByNumber(0);
@@ -264,6 +268,7 @@ TEST(LineGetters, OrDefaultValueDoNotHelpWhenTheFieldIsMissing) {
 }
 
 TEST(LineGetters, ReadFloats) {
+  const DecimalPoint point;
   const struct {
     const char* field;
     double value;
@@ -315,6 +320,7 @@ TEST(LineGetters, ReadFloats) {
 }
 
 TEST(LineGetters, ReadFloatsWithTheFilesDecimalCharacter) {
+  const DecimalPoint point;
   TestEnv env;
   FileSettings settings;
   settings.separators = ";";
@@ -654,3 +660,31 @@ TEST(LineGetters, NeedNoMemory) {
   EXPECT_EQ(line.getIntByHeaderOrDefaultValue("b", 4), 4);
   EXPECT_EQ(env.getAllocator().getAllocations(), allocations);
 }
+
+// ---- Mistakes of the caller.
+
+#ifndef NDEBUG
+TEST(LineHandleDeathTest, UsingAnEmptyHandleIsAnAssertion) {
+  const XelCsvLine empty;
+  EXPECT_XEL_ASSERTION(empty.getFloatByPosition(0), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getIntByPosition(0), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getStringByPosition(0), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFloatByHeader("a"), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getIntByHeader("a"), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getStringByHeader("a"), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFloatByPositionOrDefaultValue(0, 1.0), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getIntByPositionOrDefaultValue(0, 1), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getStringByPositionOrDefaultValue(0, ""), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFloatByHeaderOrDefaultValue("a", 1.0), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getIntByHeaderOrDefaultValue("a", 1), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getStringByHeaderOrDefaultValue("a", ""), "line != nullptr");
+  EXPECT_XEL_ASSERTION(empty.emptyFieldByPosition(0), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.emptyFieldByHeader("a"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getLineNumber(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfFields(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFields(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getEnv(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.printValueOfKeys(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(XelCsvLine("a", XelCsvTableReader(), 0), "table != nullptr");
+}
+#endif

@@ -19,7 +19,10 @@
 #include <vector>
 
 #include "tests/support/DataFile.h"
+#include "tests/support/DecimalPoint.h"
+#include "tests/support/ExpectAssertion.h"
 #include "tests/support/ExpectThrow.h"
+#include "tests/support/SystemText.h"
 #include "tests/support/TestEnv.h"
 #include "xelcsv/XelCsvReader.h"
 
@@ -126,7 +129,7 @@ TEST(ReaderConstruction, TellsWhyTheFileCannotBeOpened) {
     const std::string loop = std::string(directory.getName()) + "/loop";
     ASSERT_EQ(symlink(loop.c_str(), loop.c_str()), 0);
     EXPECT_XEL_THROW(open(env, loop.c_str(), kind), FileException,
-                     "While trying to open file " + loop + " : " + std::strerror(ELOOP) + ".");
+                     "While trying to open file " + loop + " : " + getSystemText(ELOOP) + ".");
     file.remove();
     EXPECT_XEL_THROW(open(env, name.c_str(), kind), FileException, noSuchFile(name));
     EXPECT_TRUE(balance.isEven());
@@ -333,6 +336,7 @@ TEST(ReaderConstruction, TakesAnEmptySetOfSeparators) {
 }
 
 TEST(ReaderConstruction, HasDefaultsForAnOrdinaryFile) {
+  const DecimalPoint point;
   TestEnv env;
   const DataFile file("|NAMES,a,b\n# c\n\"x,y\",2.5;\n");
   XelCsvReader reader(env, file.getName());
@@ -355,6 +359,7 @@ TEST(ReaderConstruction, HasDefaultsForAnOrdinaryFile) {
 }
 
 TEST(ReaderConstruction, TakesEveryParameterInItsOrder) {
+  const DecimalPoint point;
   TestEnv env;
   const DataFile file("%c\nA;'x;y';1,5\nB:1\nA;z;2\n");
   XelCsvReader reader(env, file.getName(), 7, -1, ";:", ',', '\'', '%', 0);  // any value but 0 is true
@@ -457,6 +462,7 @@ TEST(ReaderConstruction, ReadsAFileOfFiveHundredTables) {
 // ---- Files of several tables through the handle.
 
 TEST(ReaderOfTables, HandsOutTablesByNameAndNumber) {
+  const DecimalPoint point;
   for (const long isCached : BothReaders) {
     TestEnv env;
     const DataFile file("XELO_CSV_FORMAT,1.5\nXELO_DATA_SCHEMA, tool ,2\nA|NAMES,x\nA,1\nA,2\nB,1\n");
@@ -1018,27 +1024,27 @@ TEST(Handles, OfTheTableOfAOneTableFileIsEndedBeforeOrWithTheReader) {
 #ifndef NDEBUG
 TEST(ReaderHandleDeathTest, UsingAnEmptyHandleIsAnAssertion) {
   XelCsvReader empty;
-  EXPECT_DEATH(empty.getTableByName("A"), "impl != nullptr");
-  EXPECT_DEATH(empty.getTableByNumber(0), "impl != nullptr");
-  EXPECT_DEATH(empty.getTable(), "impl != nullptr");
-  EXPECT_DEATH(empty.getReaderForUniqueTableFile(), "impl != nullptr");
-  EXPECT_DEATH(empty.getCsvFormat(), "impl != nullptr");
-  EXPECT_DEATH(empty.getFileVersion(), "impl != nullptr");
-  EXPECT_DEATH(empty.getRequiredBy(), "impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfTables(), "impl != nullptr");
-  EXPECT_DEATH(empty.isTableExists("A"), "impl != nullptr");
-  EXPECT_DEATH(empty.getLineByNumber(0), "impl != nullptr");
-  EXPECT_DEATH(empty.getLineByKey(1, "k"), "impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfItems(), "impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfColumns(), "impl != nullptr");
-  EXPECT_DEATH(empty.getFirstLine(), "impl != nullptr");
-  EXPECT_DEATH(empty.isHeadingExists("h"), "impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfKeys(), "impl != nullptr");
-  EXPECT_DEATH(empty.printKeys(), "impl != nullptr");
-  EXPECT_DEATH(empty.getPosition("h"), "impl != nullptr");
-  EXPECT_DEATH(empty.getEnv(), "impl != nullptr");
-  EXPECT_DEATH(XelCsvReader::TableIterator{empty}, "reader != nullptr");
-  EXPECT_DEATH(XelCsvReader::LineIterator{empty}, "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getTableByName("A"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getTableByNumber(0), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getTable(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getReaderForUniqueTableFile(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getCsvFormat(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFileVersion(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getRequiredBy(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfTables(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.isTableExists("A"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getLineByNumber(0), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getLineByKey(1, "k"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfItems(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfColumns(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFirstLine(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.isHeadingExists("h"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfKeys(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.printKeys(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getPosition("h"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getEnv(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(XelCsvReader::TableIterator{empty}, "reader != nullptr");
+  EXPECT_XEL_ASSERTION(XelCsvReader::LineIterator{empty}, "impl != nullptr");
 }
 
 TEST(ReaderHandleDeathTest, UsingAnEndedHandleIsAnAssertion) {
@@ -1048,7 +1054,7 @@ TEST(ReaderHandleDeathTest, UsingAnEndedHandleIsAnAssertion) {
     const DataFile file("A,1\n");
     XelCsvReader reader = open(env, file.getName(), kind);
     reader.end();
-    EXPECT_DEATH(reader.getNumberOfTables(), "impl != nullptr");
+    EXPECT_XEL_ASSERTION(reader.getNumberOfTables(), "impl != nullptr");
   }
 }
 #endif

@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "tests/support/ExpectAssertion.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/OpenTable.h"
 
@@ -595,28 +596,28 @@ TEST(TableHandle, OtherTablesAreNotDisturbedByAnException) {
 TEST(TableHandleDeathTest, UsingAnEmptyHandleIsAnAssertion) {
   XelCsvTableReader empty;
   XelCsvTableReader target;
-  EXPECT_DEATH(empty.getLineByKey(1, "k"), "impl != nullptr");
-  EXPECT_DEATH(empty.getLineByNumber(0), "impl != nullptr");
-  EXPECT_DEATH(empty.isCached(), "impl != nullptr");
-  EXPECT_DEATH(empty.getNameOfTable(), "impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfKeys(), "impl != nullptr");
-  EXPECT_DEATH(empty.printKeys(), "impl != nullptr");
-  EXPECT_DEATH(empty.getPosition("h"), "impl != nullptr");
-  EXPECT_DEATH(empty.getFirstLine(), "impl != nullptr");
-  EXPECT_DEATH(target.copy(empty), "other.impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfColumns(), "impl != nullptr");
-  EXPECT_DEATH(empty.getNumberOfItems(), "impl != nullptr");
-  EXPECT_DEATH(empty.getEnv(), "impl != nullptr");
-  EXPECT_DEATH(empty.isHeadingExists("h"), "impl != nullptr");
-  EXPECT_DEATH(XelCsvTableReader::LineIterator{empty}, "!= nullptr");
-  EXPECT_DEATH(XelCsvTableReader(nullptr, "T"), "reader != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getLineByKey(1, "k"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getLineByNumber(0), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.isCached(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNameOfTable(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfKeys(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.printKeys(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getPosition("h"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getFirstLine(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(target.copy(empty), "other.impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfColumns(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getNumberOfItems(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.getEnv(), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(empty.isHeadingExists("h"), "impl != nullptr");
+  EXPECT_XEL_ASSERTION(XelCsvTableReader::LineIterator{empty}, "!= nullptr");
+  EXPECT_XEL_ASSERTION(XelCsvTableReader(nullptr, "T"), "reader != nullptr");
 }
 
 TEST(TableHandleDeathTest, UsingAnEndedHandleIsAnAssertion) {
   forBothKinds([](Kind kind) {
     OpenTable open(Cities, kind, "Cities");
     open.table.end();
-    EXPECT_DEATH(open.table.getNumberOfItems(), "impl != nullptr");
+    EXPECT_XEL_ASSERTION(open.table.getNumberOfItems(), "impl != nullptr");
   });
 }
 #endif

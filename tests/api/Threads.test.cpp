@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/DataFile.h"
+#include "tests/support/DecimalPoint.h"
 #include "xelcsv/XelCsvReader.h"
 
 namespace {
@@ -120,12 +121,14 @@ void expectEightThreadsToAgree(const std::vector<std::unique_ptr<DataFile>>& fil
 }
 
 TEST(Threads, EightReadOneFileWithBothKindsOfReader) {
+  const DecimalPoint point;
   std::vector<std::unique_ptr<DataFile>> files;
   files.push_back(std::make_unique<DataFile>(makeTables(0)));
   expectEightThreadsToAgree(files);
 }
 
 TEST(Threads, EightReadAFileEach) {
+  const DecimalPoint point;
   std::vector<std::unique_ptr<DataFile>> files;
   for (long file = 0; file < Threads; ++file) files.push_back(std::make_unique<DataFile>(makeTables(file * 1000)));
   expectEightThreadsToAgree(files);
@@ -133,6 +136,7 @@ TEST(Threads, EightReadAFileEach) {
 
 // An environment of the user's allocator in each thread, while others use managers of their own.
 TEST(Threads, ManagersOfTheirOwnDoNotMeet) {
+  const DecimalPoint point;
   class CountingAllocator : public XelAllocator {
    public:
     void* allocate(long size) override {

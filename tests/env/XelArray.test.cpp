@@ -186,3 +186,15 @@ TEST(XelArray, AFailedConstructionGivesEverythingBack) {
             }),
             2 * 8);
 }
+
+TEST(XelArray, HasNoRoomAfterClear) {
+  TestEnv env;
+  XelArray<long> array(env, 0);
+  array.add(1);
+  EXPECT_EQ(array.getImpl()->getCapacity(), XelArrayI::PageSize);
+  array.clear();
+  EXPECT_EQ(array.getImpl()->getCapacity(), 0);
+  array.add(2);
+  EXPECT_EQ(array.getImpl()->getCapacity(), XelArrayI::PageSize);
+  array.end();
+}

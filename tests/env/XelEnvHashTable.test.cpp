@@ -5,8 +5,10 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstring>
 #include <deque>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -492,6 +494,41 @@ TEST(XelEnvHashTable, ABadIndexWhileAnAddRehashesLosesNoItem) {
   EXPECT_EQ(table.add("e", 1), 0);
   EXPECT_EQ(table.getSize(), 4);
   EXPECT_EQ(walk(table).size(), 5U);
+}
+
+// A comparison that throws when it meets the key "bad".
+long compareOrThrow(const char* left, const char* right) {
+  if (std::strcmp(left, "bad") == 0) throw std::out_of_range("bad");
+  return XeldReaderCmpFunction(left, right);
+}
+
+TEST(XelEnvHashTable, AComparisonThatThrowsLeavesTheItemsAsTheyWere) {
+  TestEnv env;
+  Table table(env, sameBucket, compareOrThrow, 4);
+  for (const char* key : {"a", "bad"}) table.add(key, 1);
+  const std::vector<long> before = walk(table);
+  const long blocks = env.getAllocator().getBlocksOut();
+  long value = 7;
+  EXPECT_THROW(table.add("a", 2), std::out_of_range);
+  EXPECT_THROW(table.find("a", value), std::out_of_range);
+  EXPECT_THROW(table.move("a", 1, 2), std::out_of_range);
+  EXPECT_EQ(value, 7);
+  EXPECT_EQ(table.getCount(), 2);
+  EXPECT_EQ(walk(table), before);
+  EXPECT_EQ(env.getAllocator().getBlocksOut(), blocks);
+}
+
+TEST(XelEnvHashTable, AddToAClearedTableThatFindsNoMemoryForBucketsLeavesItEmpty) {
+  TestEnv env;
+  Table table(env, XeldReaderHashFunction, XeldReaderCmpFunction, 4);
+  table.add("a", 1);
+  table.clear();
+  env.getAllocator().failAfter(0);
+  EXPECT_THROW(table.add("a", 2), std::bad_alloc);
+  EXPECT_FALSE(table.hasBuckets());
+  EXPECT_EQ(table.getCount(), 0);
+  EXPECT_EQ(table.add("a", 3), 0);
+  EXPECT_EQ(walk(table), (std::vector<long>{3}));
 }
 
 TEST(XelEnvHashTable, EveryFailedAllocationLeavesTheItemsAsTheyWere) {

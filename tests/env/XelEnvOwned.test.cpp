@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <type_traits>
@@ -185,4 +186,10 @@ TEST(XelFreeString, GivesBackTheLengthAndOneByteMore) {
   XelFreeString(env, XelCopyString(env, "").release());
   XelFreeString(env, nullptr);
   EXPECT_EQ(env.getAllocator().getBlocksOut(), 1);
+}
+
+TEST(XelEnvResident, DeletingNullIsHarmless) {
+  XelEnvResident::operator delete (nullptr, std::size_t{8});
+  const XelEnvOwner<Plain> nothing;
+  EXPECT_EQ(nothing.get(), nullptr);
 }

@@ -13,6 +13,15 @@
 #include "env/XelEnvI.h"
 #include "tests/support/TestEnv.h"
 
+// A sanitizer ends the process that asks for a block larger than its own limit.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define XELCSV_SYSTEM_MEMORY_IS_WATCHED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#define XELCSV_SYSTEM_MEMORY_IS_WATCHED
+#endif
+#endif
+
 TEST(XelMemory, EverySizeHasTheSmallestClassThatHoldsIt) {
   long last = -1;
   for (long size = 1; size <= 200000; ++size) {
@@ -114,6 +123,17 @@ TEST(XelMemory, SizesThatCannotExistThrowAndCountNothing) {
   EXPECT_EQ(memory.getBytesAllocated(), 0);
 }
 
+#ifndef XELCSV_SYSTEM_MEMORY_IS_WATCHED
+TEST(XelMemory, ABlockThatTheSystemRefusesThrowsAndCountsNothing) {
+  XelMemory memory;
+  EXPECT_THROW(memory.allocate(1L << 60), std::bad_alloc);
+  EXPECT_EQ(memory.getBytesInUse(), 0);
+  EXPECT_EQ(memory.getBytesAllocated(), 0);
+  memory.free(memory.allocate(1L << 20), 1L << 20);
+  EXPECT_EQ(memory.getBytesInUse(), 0);
+}
+#endif
+
 TEST(XelFixedSizeAllocatorI, HandsOutReturnedBlocksBeforeNewOnes) {
   XelMemory memory;
   XelFixedSizeAllocatorI allocator(48);
@@ -145,6 +165,12 @@ TEST(XelAllocationList, GivesBackInAnyOrderAndWhatIsStillOutAtItsEnd) {
   EXPECT_THROW(list.alloc(LONG_MAX), std::bad_alloc);
 }
 
+TEST(XelEnvI, GeneralAllocatorIgnoresNull) {
+  TestEnv env;
+  env.get().getImpl()->getGenAlloc()->free(nullptr, 8);
+  EXPECT_EQ(env.getAllocator().getBlocksOut(), 1) << "the environment itself";
+}
+
 TEST(XelEnvI, GeneralAllocatorUsesTheEnvironment) {
   TestEnv env;
   XelGenAlloc* allocator = env.get().getImpl()->getGenAlloc();
@@ -155,4 +181,26 @@ TEST(XelEnvI, GeneralAllocatorUsesTheEnvironment) {
   EXPECT_EQ(env.getAllocator().getBytesOut(), bytes + 4321);
   allocator->free(block, 4321);
   EXPECT_EQ(env.getAllocator().getBlocksOut(), blocks);
+}
+
+// A small environment costs little, a large one few calls of the system.
+TEST(XelMemory, TakesChunksFromTheSystemThatDoubleUpTo64KiB) {
+  XelMemory memory;
+  std::vector<long> chunks;
+  for (int block = 0; block < 1024; ++block) {
+    const long before = memory.getBytesAllocated();
+    memory.allocate(1024);
+    const long taken = memory.getBytesAllocated() - before;
+    if (taken != 0) chunks.push_back(taken);
+  }
+  const std::vector<long> first(chunks.begin(), chunks.begin() + 6);
+  EXPECT_EQ(first, (std::vector<long>{4096, 8192, 16384, 32768, 65536, 65536}));
+  EXPECT_EQ(chunks.back(), 65536);
+  EXPECT_EQ(memory.getBytesAllocated(), 4096 + 8192 + 16384 + 32768 + 16 * 65536)
+      << "no chunk is taken before the last one is used up";
+}
+
+TEST(XelMemory, ClassesUpTo16KiBAreFixedSize) {
+  EXPECT_TRUE(XelMemory::isFixedSize(XelMemory::getIndex(16 * 1024)));
+  EXPECT_FALSE(XelMemory::isFixedSize(XelMemory::getIndex(16 * 1024 + 1)));
 }

@@ -126,3 +126,13 @@ TEST(Key, HoldsWhatItHeldWhenAValueFindsNoRoom) {
   EXPECT_THROW(key.copy(), std::bad_alloc);
   EXPECT_EQ(getText(key), "a");
 }
+
+// When the long value finds no room, all that the key holds is the "-" behind the empty one.
+TEST(Key, GrowsWithoutLosingAnEmptyFirstValue) {
+  TestEnv env;
+  XelCsvKey key(env);
+  const std::string longValue(1000, 'x');
+  add(key, "");
+  add(key, longValue);
+  EXPECT_EQ(getText(key), "-" + longValue);
+}

@@ -9,6 +9,7 @@
 #include "csv/table/XelCachedCsvTableReaderI.h"
 #include "csv/table/XelNonCachedCsvTableReaderI.h"
 #include "tests/support/CoutCapture.h"
+#include "tests/support/DecimalPoint.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TableOfFile.h"
 #include "tests/support/TestEnv.h"
@@ -145,6 +146,7 @@ TEST(OwnNumbers, StandInTheSlotsBehindTheDestructors) {
 #endif
 
 TEST(ReadersNumbers, AreThoseOfTheRules) {
+  const DecimalPoint point;
   TestEnv env;
   TableOfFile known(env, "a\n");
   const XelCsvReaderI* reader = known->getImpl()->getReader();

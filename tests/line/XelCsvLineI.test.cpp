@@ -297,6 +297,14 @@ TEST(LineCopy, FromNullIsEmpty) {
   EXPECT_EQ(line->getText(), nullptr);
 }
 
+TEST(LineRecord, WithoutFieldsTakesNothingOutOfAText) {
+  TestEnv env;
+  const XelEnvOwner<XelCsvLineI> line = XelNew<XelCsvLineI>(env, env.get(), nullptr);
+  line->init("abc");
+  EXPECT_EQ(line->getNumberOfFields(), 0);
+  EXPECT_STREQ(line->getText(), "");
+}
+
 TEST(LineCopy, FromAnEmptyRecordHasNoFields) {
   TestEnv env;
   TableWithFields table(env, 2);

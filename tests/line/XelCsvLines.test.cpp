@@ -492,3 +492,21 @@ TEST(Lines, LoseNothingWhenMemoryIsExhausted) {
   });
   EXPECT_GE(injected, 8);
 }
+
+// A pass over a file of any length needs a bounded number of blocks.
+TEST(Lines, TakeNoFurtherBlockOnceBlocksAreAsLargeAsTheyGet) {
+  std::string content;
+  while (content.size() < 1024U * 1024U) content += "a line of text, one of many\n";
+  const DataFile file(content);
+  TestEnv env;
+  XelCsvLines lines(env);
+  ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::ManyLines), 0);
+  const long before = env.getAllocator().getAllocations();
+  while (lines.getOffset() < 512L * 1024) ASSERT_TRUE(lines.read());
+  const long halfway = env.getAllocator().getAllocations();
+  EXPECT_GT(halfway, before);
+  EXPECT_LE(env.getAllocator().getBytesOut(), 300000) << "one block of 256 KiB and little else";
+  while (lines.read()) continue;
+  EXPECT_EQ(lines.getOffset(), static_cast<long>(content.size()));
+  EXPECT_EQ(env.getAllocator().getAllocations(), halfway);
+}

@@ -10,6 +10,7 @@
 #include <random>
 #include <string>
 
+#include "tests/support/DecimalPoint.h"
 #include "xelcsv/XelEnv.h"
 
 namespace {
@@ -93,6 +94,7 @@ TEST(ParseFloat, ReadsTheSpellingsOfInfinity) {
 }
 
 TEST(ParseFloat, ReadsNumbers) {
+  const DecimalPoint point;
   const struct {
     const char* text;
     double value;

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <stdexcept>
 #include <string>
 
 #include "csv/reader/XelCsvReaderI.h"
 #include "tests/support/DataFile.h"
+#include "tests/support/DecimalPoint.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TestEnv.h"
 
@@ -18,6 +20,7 @@ XelEnvOwner<XelCsvReaderI> makeReader(XelEnv env, const DataFile& file, long isC
 }
 
 TEST(Directives, GiveTheFormatOfTheFile) {
+  const DecimalPoint point;
   const struct {
     const char* content;
     double format;
@@ -46,6 +49,7 @@ TEST(Directives, GiveTheFormatOfTheFile) {
 }
 
 TEST(Directives, ReadNumbersWithTheDecimalCharacterOfTheFile) {
+  const DecimalPoint point;
   TestEnv env;
   const DataFile file("XELO_CSV_FORMAT;1,5\nXELO_DATA_SCHEMA;a,b;2,25\n");
   const XelEnvOwner<XelCsvReaderI> reader = makeReader(env, file, 1, ',');
@@ -72,7 +76,29 @@ TEST(Directives, AreReadByTheReadersOwnParseFloat) {
   }
 }
 
+// A file reader that refuses to read numbers.
+class RefusingReader : public XelCsvReaderI {
+ public:
+  using XelCsvReaderI::XelCsvReaderI;
+
+  double parseFloat(const char* text) const override { throw std::out_of_range(text); }
+};
+
+TEST(Directives, PassOnWhatTheReadersOwnParseFloatThrows) {
+  for (const long isCached : BothReaders) {
+    TestEnv env;
+    const DataFile file("XELO_CSV_FORMAT;1.25\nXELO_DATA_SCHEMA;tool;12\n");
+    const auto reader = XelNew<RefusingReader>(env, env, file.getName(), isCached, 1L, 0L, ";", '.', '"', '#');
+    const long openFiles = countOpenFiles();
+    EXPECT_THROW(reader->getCsvFormat(), std::out_of_range);
+    EXPECT_THROW(reader->getFileVersion(), std::out_of_range);
+    EXPECT_STREQ(reader->getRequiredBy(), "tool");  // stored before the version was looked for
+    EXPECT_EQ(countOpenFiles(), openFiles);
+  }
+}
+
 TEST(Directives, GiveVersionAndRequiredByOfTheSchema) {
+  const DecimalPoint point;
   const struct {
     const char* content;
     double version;
@@ -120,6 +146,7 @@ TEST(Directives, CsvFormatIsReadFromTheFileEachTime) {
 }
 
 TEST(Directives, SchemaIsReadOnce) {
+  const DecimalPoint point;
   for (const long isCached : BothReaders) {
     TestEnv env;
     const DataFile file("XELO_DATA_SCHEMA;tool;2.5\n");
@@ -229,6 +256,7 @@ TEST(Directives, PassOnThatACachedTableHasADuplicatedLine) {
 }
 
 TEST(Directives, KeepTheLastFormatWhenReadingItAgainFails) {
+  const DecimalPoint point;
   TestEnv env;
   const DataFile file("XELO_CSV_FORMAT;1.5\n");
   const XelEnvOwner<XelCsvReaderI> reader = makeReader(env, file, 1);
@@ -240,6 +268,7 @@ TEST(Directives, KeepTheLastFormatWhenReadingItAgainFails) {
 }
 
 TEST(Directives, GiveEverythingBackWhenMemoryEnds) {
+  const DecimalPoint point;
   const DataFile file("XELO_CSV_FORMAT;1.5\nXELO_DATA_SCHEMA;tool;2\nA;1\n");
   for (const long isCached : BothReaders) {
     const long injected = forEachFailingAllocation([&](XelEnv env) {

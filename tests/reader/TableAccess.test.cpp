@@ -12,6 +12,7 @@
 #include "csv/table/XelCachedCsvTableReaderI.h"
 #include "csv/table/XelNonCachedCsvTableReaderI.h"
 #include "tests/support/DataFile.h"
+#include "tests/support/DecimalPoint.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TestEnv.h"
 
@@ -252,6 +253,18 @@ TEST(GetTableByNumber, CountsEveryTableFromZero) {
   }
 }
 
+TEST(GetTableName, KnowsNoNameOutsideTheDirectory) {
+  TestEnv env;
+  const DataFile file("A,1\nB,2\n");
+  const auto reader = XelNew<XelCsvReaderI>(env, env.get(), file.getName(), 0L, 1L, 0L, ",", '.', '"', '#');
+  EXPECT_EQ(reader->getTableName(-1), nullptr);
+  EXPECT_STREQ(reader->getTableName(1), "B");
+  EXPECT_EQ(reader->getTableName(2), nullptr);
+  reader->clear();
+  EXPECT_EQ(reader->getTableName(0), nullptr);
+  EXPECT_EQ(reader->getNumberOfTables(), 0);
+}
+
 TEST(GetTableByNumber, HasNothingToGiveFromAnEmptyFile) {
   TestEnv env;
   const DataFile file("");
@@ -402,6 +415,7 @@ void sweep(TestEnv& env, Operation operation, Check check) {
 }
 
 TEST(TableAccess, AnswersRightAfterEveryFailingAllocation) {
+  const DecimalPoint point;
   for (const long isCached : BothReaders) {
     TestEnv env;
     const DataFile file("XELO_CSV_FORMAT,1.5\nA|NAMES,x,y\nA|KEYS,0,1,0\nA,k,1\nA,l,2\nB,1\n");

@@ -7,6 +7,7 @@
 #include "csv/line/XelCsvLineI.h"
 #include "csv/table/XelCachedCsvTableReaderI.h"
 #include "csv/table/XelNonCachedCsvTableReaderI.h"
+#include "tests/support/DecimalPoint.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TableOfFile.h"
 #include "tests/support/TestEnv.h"
@@ -154,6 +155,7 @@ TEST(HeadingZone, OfATableOfAFileOfSeveralTables) {
 }
 
 TEST(HeadingZone, IsReadWithTheSettingsOfItsFile) {
+  const DecimalPoint point;
   const std::string content = "|NAMES;'a;b';c,d\n%|KEYS;0;1\n  \n#|KEYS;'1';0\n%comment\n#1;1,5\n%2;2,5\n#3;3,5\n";
   for (const long isCached : {1L, 0L}) {
     SCOPED_TRACE(isCached);

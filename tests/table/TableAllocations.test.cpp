@@ -1,6 +1,8 @@
 // Every operation of the tables while memory runs out: nothing is lost, and the table answers afterwards.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "csv/line/XelCsvLineI.h"
 #include "csv/table/XelCsvTableFactory.h"
 #include "tests/support/OpenTable.h"
@@ -13,7 +15,11 @@ struct Shape {
   bool isSplit;
 };
 
+// A heading zone that takes more than one block of the file.
+const std::string LongHeadingZone = "A|NAMES,a,b\n#" + std::string(6000, 'c') + "\nA|KEYS,1,0\nA,1,x\nA,2,y\nB,3,z\n";
+
 const Shape Shapes[] = {
+    {LongHeadingZone.c_str(), "A", false},
     {"|NAMES,a,b\n|KEYS,1,0\n1,x\n#\n2,y\n", nullptr, false},
     {"A|NAMES,a,b\nA|KEYS,1,0\nA,1,x\nA,2,y\nB,3,z\n", "A", false},
     {"A,1\nB,2\nA,2\nB,3\nA,4\n", "A", true},

@@ -9,6 +9,7 @@
 
 #include "csv/line/XelCsvLineI.h"
 #include "csv/table/XelCachedCsvTableReaderI.h"
+#include "csv/table/XelCsvTableFactory.h"
 #include "csv/table/XelNonCachedCsvTableReaderI.h"
 #include "tests/support/CoutCapture.h"
 #include "tests/support/ExpectThrow.h"
@@ -386,6 +387,21 @@ TEST(EmptyTable, HasNothing) {
   EXPECT_EQ(printKeysOf(table.get()), "");
 }
 
+TEST(TableWithoutName, OfAFileOfSplitTablesTakesEveryLineForItsOwn) {
+  for (const long isCached : {0L, 1L}) {
+    SCOPED_TRACE(isCached);
+    TestEnv env;
+    FileSettings settings;
+    settings.isCached = isCached;
+    settings.allowTableSplitting = 1;
+    TableOfFile split(env, "A,1\nB,2\nA,3\n", "A", settings);
+    const XelEnvOwner<XelCsvTableReaderI> table = XelMakeTableReader(split.getReader().getImpl(), nullptr, nullptr);
+    EXPECT_FALSE(table->isSplit());
+    EXPECT_EQ(table->getNumberOfItems(), 3);
+    EXPECT_EQ(split->getNumberOfItems(), 2);
+  }
+}
+
 TEST(PartialClear, ForgetsHeadingLineAndKeys) {
   TestEnv env;
   TableOfFile oneTable(env, OneTable);
@@ -478,6 +494,17 @@ TEST(TableCopy, OfATableWithoutHeadingLineHasAnEmptyHeadingRecord) {
   named->partialCopy(several->getImpl());
   EXPECT_XEL_THROW(named->getPosition("a"), ColumnHeaderNotFound,
                    "XelCsvReader::XelColumnHeaderNotFoundException : Heading a not found in table T");
+}
+
+TEST(TableCopy, ASecondTimeFreesTheHeadingLineOfTheFirst) {
+  TestEnv env;
+  TableOfFile several(env, "T|NAMES,a\nT,1\n", "T");
+  const auto copy = XelNew<XelNonCachedCsvTableReaderI>(env, env.get());
+  copy->partialCopy(several->getImpl());
+  const long blocks = env.getAllocator().getBlocksOut();
+  copy->partialCopy(several->getImpl());
+  EXPECT_EQ(env.getAllocator().getBlocksOut(), blocks);
+  EXPECT_EQ(copy->getPosition("a"), 1);
 }
 
 TEST(TableCopy, OfAFileThatCannotBeOpenedCopiesNothing) {

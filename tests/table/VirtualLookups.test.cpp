@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 
 #include "csv/line/XelCsvLineI.h"
 #include "csv/table/XelCachedCsvTableReaderI.h"
@@ -146,6 +147,7 @@ TEST(VirtualLookups, NegativeNumbersOfItemsDoNoHarm) {
   derived.table->items = [](long) { return -4; };
   EXPECT_EQ(derived.getByNumber(0).substr(0, 24), "XelLineNotFoundException");
   EXPECT_TRUE(derived.getAll().empty());
+  EXPECT_EQ(derived.table->getLineKey(-1), nullptr);
   derived.table->clearTable();
   EXPECT_EQ(derived.table->getLineKey(0), nullptr);
 }
@@ -218,6 +220,76 @@ TEST(VirtualLookups, ARecordFarBeyondTheFileIsAnEmptyLine) {
   OffsetAndLineNumber record{1L << 40, 5};
   derived.table->find = [&](const char*) { return &record; };
   EXPECT_EQ(derived.getByKey("a"), "5: []");
+}
+
+TEST(VirtualLookups, WhatALookupOfRecordsThrowsIsPassedOnAndLosesNothing) {
+  DerivedTable derived;
+  DerivedTable target("U,x\n", "U");
+  const XelCachedCsvLineIteratorI walk(derived.table.get());
+  XelCachedCsvLineIteratorI it(derived.table.get());
+  const long before = derived.env.getAllocator().getBlocksOut();
+  const long openFiles = countOpenFiles();
+  derived.table->find = [](const char*) -> OffsetAndLineNumber* { throw std::out_of_range("find"); };
+  EXPECT_THROW(derived.getByKey("a"), std::out_of_range);
+  EXPECT_THROW(derived.getByNumber(0), std::out_of_range);
+  EXPECT_THROW(XelCachedCsvLineIteratorI(derived.table.get()), std::out_of_range);
+  EXPECT_EQ(derived.env.getAllocator().getBlocksOut(), before);
+  EXPECT_EQ(countOpenFiles(), openFiles);
+  EXPECT_THROW(++it, std::out_of_range);
+  EXPECT_EQ(it.getLine(), nullptr);
+  EXPECT_THROW(target.table->copy(derived.table.get()), std::out_of_range);
+  EXPECT_EQ(target.getByNumber(0), "0: [U][x]");
+  derived.table->find = nullptr;
+  EXPECT_EQ(derived.getByKey("b"), "2: [T][b][2]");
+  EXPECT_EQ(textOf(XelCsvLine(walk.getLine())), "1: [T][a][1]");
+}
+
+TEST(VirtualLookups, WhatClearTableThrowsIsPassedOnByCopyAndLosesNothing) {
+  class Stuck : public XelCachedCsvTableReaderI {
+   public:
+    using XelCachedCsvTableReaderI::XelCachedCsvTableReaderI;
+    void clearTable() override { throw std::out_of_range("clear"); }
+  };
+  class StuckScanning : public XelNonCachedCsvTableReaderI {
+   public:
+    using XelNonCachedCsvTableReaderI::XelNonCachedCsvTableReaderI;
+    void clearTable() override { throw std::out_of_range("clear"); }
+  };
+  OpenTable open("A,1\nB,2\n", Kind::Cached, "A");
+  const long openFiles = countOpenFiles();
+  const XelEnvOwner<XelCsvTableReaderI> stuck = XelNew<Stuck>(open.env, open.env.get());
+  EXPECT_THROW(stuck->copy(open.table.getImpl()), std::out_of_range);
+  EXPECT_EQ(stuck->getNumberOfItems(), 0);
+  EXPECT_EQ(stuck->getNameOfTable(), nullptr);
+  const XelEnvOwner<XelCsvTableReaderI> scanning = XelNew<StuckScanning>(open.env, open.env.get());
+  EXPECT_THROW(scanning->copy(open.table.getImpl()), std::out_of_range);
+  EXPECT_EQ(scanning->getNameOfTable(), nullptr);
+  EXPECT_EQ(countOpenFiles(), openFiles);
+}
+
+TEST(VirtualLookups, NumbersThatTheReaderRefusesToReadLoseNothing) {
+  class Refusing : public XelCsvReaderI {
+   public:
+    using XelCsvReaderI::XelCsvReaderI;
+    long parseInt(const char* text, long&) const override { throw std::out_of_range(text); }
+    double parseFloat(const char* text) const override { throw std::out_of_range(text); }
+  };
+  for (const long isCached : {0L, 1L}) {
+    TestEnv env;
+    const DataFile file("A,1\nB|KEYS,1\nB,2\n");
+    const auto reader = XelNew<Refusing>(env, env.get(), file.getName(), isCached, 1L, 0L, ",", '.', '"', '#');
+    const long before = env.getAllocator().getBlocksOut();
+    const long openFiles = countOpenFiles();
+    EXPECT_THROW(reader->getTableByName("B"), std::out_of_range);
+    EXPECT_EQ(env.getAllocator().getBlocksOut(), before);
+    EXPECT_EQ(countOpenFiles(), openFiles);
+    XelCsvTableReader table(reader.get(), "A");
+    const XelCsvLine line = table.getLineByNumber(0);
+    EXPECT_THROW(line.getIntByPosition(1), std::out_of_range);
+    EXPECT_THROW(line.getFloatByPosition(1), std::out_of_range);
+    EXPECT_EQ(line.getIntByPositionOrDefaultValue(1, 5), 1);
+    table.end();
+  }
 }
 
 TEST(VirtualLookups, CopyClearsThroughClearTableAndTakesTheItemsThatItsSourceTells) {
