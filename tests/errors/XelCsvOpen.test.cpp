@@ -222,8 +222,7 @@ TEST(OpenErrors, HaveTheTextOfErrorTestOrTheSystems) {
   EXPECT_EQ(catchOpenError(ELOOP, "f.csv"), "While trying to open file f.csv : Too many levels of symbolic links.");
   EXPECT_EQ(catchOpenError(EROFS, "f.csv"), "While trying to open file f.csv : Read-only file system.");
   for (const int error : {ELOOP, EROFS, EIO, EINVAL, EINTR, EPERM}) {
-    EXPECT_EQ(catchOpenError(error, "f.csv"),
-              "While trying to open file f.csv : " + getSystemText(error) + ".");
+    EXPECT_EQ(catchOpenError(error, "f.csv"), "While trying to open file f.csv : " + getSystemText(error) + ".");
   }
 }
 
