@@ -46,6 +46,12 @@ class XelCsvLineI : public XelEnvResident {
   // The same with the starts of the fields already in the array.
   void adoptFields(char* formatted, char** starts, long number, XelCsvTableReaderI* table) noexcept;
 
+  // The same for another line, of count fields, of the table and in the storage that were adopted last.
+  void adoptNext(long number, long count) noexcept {
+    lineNumber = number;
+    numberOfFields = count;
+  }
+
   // Makes this record a copy of other, packed: only the fields. From null it becomes empty. Throws std::bad_alloc, the
   // record then is as before.
   void copy(const XelCsvLineI* other);

@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr long LongestLine = XelLineSize - 1;
 constexpr long OneLineBlock = 512;
 constexpr long FirstBlock = 4096;
 constexpr long LargestBlock = 256L * 1024;
@@ -22,7 +21,7 @@ int XelCsvLines::open(const char* fileName, const char* mode, XelCsvReach reach)
 void XelCsvLines::close() noexcept {
   file.close();
   block = XelEnvBlock<char>();
-  blockOffset = next = filled = 0;
+  size = blockOffset = next = filled = 0;
   line = {nullptr, nullptr};
   fileEnded = ended = false;
 }
@@ -70,13 +69,14 @@ bool XelCsvLines::read() {
 // or to the front once it is as large as blocks get. The current line stays because a caller may still look at it when
 // no other follows. Blocks grow by more than the two lines that may have to be kept.
 void XelCsvLines::fill() {
-  if (filled == block.getCount()) {
+  if (filled == size) {
     const long kept = line.begin == nullptr ? next : line.begin - block.get();
     const long rest = filled - kept;
-    if (block.getCount() != capacity) {
-      XelEnvBlock<char> larger(env, capacity);
+    if (size != capacity) {
+      XelEnvBlock<char> larger(env, capacity + XelTextPadding);
       if (rest > 0) std::memcpy(larger.get(), block.get() + kept, static_cast<std::size_t>(rest));
       block = std::move(larger);
+      size = capacity;
     } else {
       std::memmove(block.get(), block.get() + kept, static_cast<std::size_t>(rest));
     }
@@ -86,7 +86,7 @@ void XelCsvLines::fill() {
     next -= kept;
     filled = rest;
   }
-  const long wanted = block.getCount() - filled;
+  const long wanted = size - filled;
   const long came = file.read(block.get() + filled, wanted);
   filled += came;
   // A short block is not yet the end: a file may grow while it is read.

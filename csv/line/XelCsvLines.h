@@ -1,6 +1,8 @@
 // The lines of a data file: the one place that reads lines, for every pass over a file.
 #pragma once
 
+#include <algorithm>
+
 #include "csv/errors/XelCsvOpen.h"
 #include "csv/line/XelCsvFormat.h"
 #include "csv/line/XelCsvText.h"
@@ -43,7 +45,26 @@ class XelCsvLines : public XelEnvResident {
   // std::bad_alloc; nothing has changed then.
   bool skipCommentAndEmptyLines(char comment, long& lineNumber, long& offset);
 
-  // The line read last, its line feed included; it stays until the next one is read. An empty text before the first.
+  // What is known of the lines that come, without another look at the file: the bytes from the next line on, as many as
+  // there may be in a line. No bytes when none is known yet. Padding follows.
+  XelCsvSpan getAhead() const noexcept {
+    const char* begin = block.get() + next;
+    return {begin, begin + std::min(filled - next, LongestLine)};
+  }
+
+  // Bytes of a line at most.
+  static constexpr long LongestLine = XelLineSize - 1;
+
+  // Takes the next line as read: the bytes of getAhead() up to end, which is behind its line feed, or behind
+  // LongestLine bytes without one.
+  void take(const char* end) noexcept {
+    line = {block.get() + next, end};
+    next = end - block.get();
+    anyRead = true;
+  }
+
+  // The line read last, its line feed included; it stays until the next one is read, and padding is behind it. Before
+  // the first it is a text of no bytes at no address.
   XelCsvSpan getLine() const noexcept { return line; }
 
   // Whether the last skipCommentAndEmptyLines() read any line at all.
@@ -60,11 +81,12 @@ class XelCsvLines : public XelEnvResident {
 
   XelEnv env;
   XelCsvFile file;
-  XelEnvBlock<char> block;
-  long capacity = 0;     // bytes of the next block
-  long blockOffset = 0;  // offset in the file of the block's first byte
-  long next = 0;         // index in the block of the next line
-  long filled = 0;       // bytes read into the block
+  XelEnvBlock<char> block;  // with padding behind its bytes
+  long size = 0;            // bytes of the block
+  long capacity = 0;        // bytes of the next block
+  long blockOffset = 0;     // offset in the file of the block's first byte
+  long next = 0;            // index in the block of the next line
+  long filled = 0;          // bytes read into the block
   XelCsvSpan line{nullptr, nullptr};
   bool fileEnded = false;  // no byte comes after those in the block
   bool ended = false;

@@ -2,14 +2,17 @@
 
 #include <cstring>
 
+#include "csv/line/XelCsvFormatVectors.h"
+
 XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
                                char** fields) noexcept {
   char* out = to;
-  long count = 1;
+  int count = 1;
   bool inQuotes = false;
   bool afterSeparator = false;
   if (fields != nullptr) fields[0] = to;
-  for (const char* in = from; in != end; ++in) {
+  const char* in = from;
+  for (; in != end; ++in) {
     const XelByteClass byteClass = format.getClass(*in);
     if (byteClass == XelByteClass::Text) {
       *out++ = *in;
@@ -40,7 +43,21 @@ XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, cons
     }
   }
   *out++ = '\0';
-  return {out - to, count};
+  return {static_cast<int>(out - to), count, in};
+}
+
+XelPaddedFormatter* XelGetPaddedFormatter(const XelCsvFormat& format) noexcept {
+#if XELCSV_HAS_VECTORS
+  const XelCsvMarks& marks = format.getMarks();
+  if (marks.separators > 0) {
+    const XelVectorLevel level = XelGetVectorLevel();
+    if (level == XelVectorLevel::Bytes32) return XelGetFormatterBy32(marks);
+    if (level == XelVectorLevel::Bytes16) return XelGetFormatterBy16(marks);
+  }
+#else
+  static_cast<void>(format);
+#endif
+  return XelFormatLine;
 }
 
 bool XelIsSettledText(const char* text, const XelCsvFormat& format) noexcept {

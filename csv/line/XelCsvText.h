@@ -11,10 +11,11 @@ struct XelCsvSpan {
   long getLength() const noexcept { return end - begin; }
 };
 
-// What formatting a line gives.
+// What formatting a line gives; of a size that functions answer in registers, for each line waits for the one before.
 struct XelFormattedLine {
-  long length;  // bytes written, the last terminator included
-  long fields;  // number of fields, at least 1
+  int length;        // bytes written, the last terminator included
+  int fields;        // number of fields, at least 1
+  const char* stop;  // the byte of the raw line that ended it, or the raw line's end
 };
 
 // Formats the raw line [from, end) into to: fields, each zero-terminated, back to back. Separators outside quotes end a
@@ -26,6 +27,21 @@ struct XelFormattedLine {
 // null it gets the start of each field, as many as there are bytes and one more at most.
 XelFormattedLine XelFormatLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
                                char** fields = nullptr) noexcept;
+
+// Bytes that a padded formatter may read behind the raw line and write behind the formatted one.
+constexpr long XelTextPadding = 128;
+
+// Starts of fields that it may write behind those of the line.
+constexpr long XelFieldsPadding = 4;
+
+// A function that does the same for memory with padding: behind the raw line, behind its bytes and a terminator in to,
+// and behind as many starts of fields as there are bytes and one more. What is read there does not matter, what is there
+// afterwards is not said. to must not be from itself; fields must not be null.
+using XelPaddedFormatter = XelFormattedLine(const char* from, const char* end, char* to, const XelCsvFormat& format,
+                                            char** fields) noexcept;
+
+// The fastest such function for lines of a format under the level of vectors in use.
+XelPaddedFormatter* XelGetPaddedFormatter(const XelCsvFormat& format) noexcept;
 
 // Whether formatting a text would give the same text as one field again.
 bool XelIsSettledText(const char* text, const XelCsvFormat& format) noexcept;

@@ -12,7 +12,9 @@ std::atomic<int> levelInUse{0};
 
 XelVectorLevel XelGetBestVectorLevel() noexcept {
 #if XELCSV_HAS_VECTORS
-  if (__builtin_cpu_supports("avx2")) return XelVectorLevel::Bytes32;
+  const bool has32 = __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0 &&
+                     __builtin_cpu_supports("popcnt") != 0;
+  if (has32) return XelVectorLevel::Bytes32;
   return XelVectorLevel::Bytes16;
 #else
   return XelVectorLevel::Plain;

@@ -25,3 +25,15 @@ XelVectorLevel XelGetBestVectorLevel() noexcept;
 // Takes this level from now on, or the best when the machine does not have it; for tests and benchmarks, which compare
 // the levels. Not to be called while another thread reads a file.
 void XelSetVectorLevel(XelVectorLevel level) noexcept;
+
+// What stands between these two is compiled for vectors of 32 bytes, and must run only where they are the level in use.
+#if XELCSV_HAS_VECTORS
+#if defined(__clang__)
+#define XELCSV_BEGIN_VECTORS_32 \
+  _Pragma("clang attribute push(__attribute__((target(\"avx2,bmi,popcnt\"))), apply_to = function)")
+#define XELCSV_END_VECTORS_32 _Pragma("clang attribute pop")
+#else
+#define XELCSV_BEGIN_VECTORS_32 _Pragma("GCC push_options") _Pragma("GCC target(\"avx2,bmi,popcnt\")")
+#define XELCSV_END_VECTORS_32 _Pragma("GCC pop_options")
+#endif
+#endif

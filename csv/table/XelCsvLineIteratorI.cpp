@@ -80,13 +80,19 @@ bool XelNonCachedCsvLineIteratorI::goToNextLine() {
   if (!table->getReader()->isMultiTable()) {
     // Kept: the walk goes on to the end of the file, and the offset stays that of the first line (tests:
     // ScanningIterator.OfAOneTableFileRunsToTheEndOfTheFile, ScanningIterator.CopyInAOneTableFileStandsOnTheFirstLine).
+    if (walk->goToPlainLine(lineNumber)) return true;
     long unused = 0;
     if (!walk->skipCommentAndEmptyLines(lineNumber, unused)) return false;
     walk->formatLine(lineNumber);
     return true;
   }
-  if (!walk->skipCommentAndEmptyLines(lineNumber, offset) || offset > endOffset) return false;
-  walk->formatLine(lineNumber);
+  const long next = walk->getOffset();
+  if (next <= endOffset && walk->goToPlainLine(lineNumber)) {
+    offset = next;
+  } else {
+    if (!walk->skipCommentAndEmptyLines(lineNumber, offset) || offset > endOffset) return false;
+    walk->formatLine(lineNumber);
+  }
   return skipOtherTables();
 }
 

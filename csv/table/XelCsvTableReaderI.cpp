@@ -162,9 +162,7 @@ void XelCsvTableReaderI::formatLine(char* line) noexcept {
 }
 
 void XelCsvTableReaderI::formatLine(const XelCsvSpan& raw, char* to, char** starts) noexcept {
-  const XelFormattedLine formatted = XelFormatLine(raw.begin, raw.end, to, reader->getFormat(), starts);
-  lineLength = formatted.length;
-  numberOfFields = formatted.fields;
+  setFormatted(XelFormatLine(raw.begin, raw.end, to, reader->getFormat(), starts));
 }
 
 bool XelCsvTableReaderI::formatAgain(char* text, char** starts) noexcept {

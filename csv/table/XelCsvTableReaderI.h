@@ -80,6 +80,12 @@ class XelCsvTableReaderI : public XelEnvResident {
   // XelLineSize of them).
   void formatLine(const XelCsvSpan& raw, char* to, char** starts) noexcept;
 
+  // A line was formatted by other means.
+  void setFormatted(const XelFormattedLine& formatted) noexcept {
+    lineLength = formatted.length;
+    numberOfFields = formatted.fields;
+  }
+
   // Formats text that is formatted already, as far as its first field, once more in place. False when there was nothing
   // to change, nor ever will be.
   bool formatAgain(char* text, char** starts) noexcept;

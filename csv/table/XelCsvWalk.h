@@ -7,6 +7,8 @@
 
 // The walk's own file, one buffer and one field array for all lines, and the one record over them. A line that a user
 // copies into the record gets storage of its own, which goes when the next line comes.
+//
+// What every line goes through stands in this header, to become one piece of code with the iterator's ++.
 class XelCsvWalk : public XelEnvResident {
  public:
   // Opens the table's file with mode "r" or "rb". Throws XelFileNotFoundException, std::bad_alloc.
@@ -21,8 +23,16 @@ class XelCsvWalk : public XelEnvResident {
   // Reads on to the next line that is neither a comment nor empty, as XelCsvLines does; the record stays as it is.
   bool skipCommentAndEmptyLines(long& lineNumber, long& offset);
 
+  // Goes to the next line that is neither a comment nor empty and makes it the record, all in one look at its bytes.
+  // False, and nothing has changed, when that takes more than a look: then it is skipCommentAndEmptyLines() and
+  // formatLine() that do it.
+  bool goToPlainLine(long& lineNumber) noexcept;
+
   // Whether the last skipCommentAndEmptyLines() read any line at all.
   bool hasRead() const noexcept { return file.hasRead(); }
+
+  // Offset of the next line.
+  long getOffset() const noexcept { return file.getOffset(); }
 
   // The line read last becomes the record.
   void formatLine(long lineNumber) noexcept;
@@ -34,9 +44,46 @@ class XelCsvWalk : public XelEnvResident {
   XelCsvLineI* getLine() noexcept { return &line; }
 
  private:
+  // Formats a raw line of the file's into the buffer.
+  XelFormattedLine formatLine(const XelCsvSpan& raw) const noexcept {
+    return formatter(raw.begin, raw.end, buffer.get(), reader->getFormat(), fields.get());
+  }
+
+  // What was formatted becomes the record.
+  void use(const XelFormattedLine& formatted, long lineNumber) noexcept {
+    table->setFormatted(formatted);
+    // A copy into the record may have given it storage of its own.
+    if (line.getText() == buffer.get()) {
+      line.adoptNext(lineNumber, formatted.fields);
+    } else {
+      line.adoptFields(buffer.get(), fields.get(), lineNumber, table);
+    }
+  }
+
   XelCsvTableReaderI* table;
+  const XelCsvReaderI* reader;
+  XelPaddedFormatter* formatter;
   XelCsvLines file;
   XelEnvBlock<char> buffer;
   XelEnvBlock<char*> fields;
   XelCsvLineI line;
 };
+
+inline bool XelCsvWalk::goToPlainLine(long& lineNumber) noexcept {
+  const XelCsvSpan ahead = file.getAhead();
+  const bool mayBeSkipped =
+      ahead.getLength() == 0 || *ahead.begin == reader->getComment() || static_cast<unsigned char>(*ahead.begin) <= ' ';
+  if (mayBeSkipped) return false;
+  const XelFormattedLine formatted = formatLine(ahead);
+  const char* end = formatted.stop;  // of the physical line
+  if (end == ahead.end) {
+    if (ahead.getLength() < XelCsvLines::LongestLine) return false;
+  } else {
+    if (*end == '\r' && end + 1 != ahead.end) ++end;
+    if (*end != '\n') return false;
+    ++end;
+  }
+  file.take(end);
+  use(formatted, ++lineNumber);
+  return true;
+}

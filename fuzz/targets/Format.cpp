@@ -1,9 +1,11 @@
 // Line formatting alone, compared with the slow reading of the same rules. First line: separators, decimal character and
 // quote, as in ",; . \""; the rest is the raw line.
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
 #include "csv/line/XelCsvText.h"
+#include "csv/line/XelCsvVectors.h"
 #include "fuzz/support/Check.h"
 #include "fuzz/support/Input.h"
 #include "fuzz/support/SlowLine.h"
@@ -32,8 +34,8 @@ char firstOf(const std::string& word, char otherwise) { return word.empty() ? ot
 void checkFormatted(const XelFormattedLine& formatted, const Block& written, const std::vector<std::string>& fields,
                     const std::string& way) {
   const std::string expected = slowText(fields);
-  checkEqual(formatted.fields, static_cast<long>(fields.size()), "number of fields " + way);
-  checkEqual(formatted.length, static_cast<long>(expected.size()), "length " + way);
+  checkEqual(formatted.fields, static_cast<int>(fields.size()), "number of fields " + way);
+  checkEqual(formatted.length, static_cast<int>(expected.size()), "length " + way);
   checkEqual(written.getText().substr(0, expected.size()), expected, "text " + way);
 }
 
@@ -66,6 +68,28 @@ void checkFormatting(const std::string& line, const XelCsvFormat& format, const 
   checkFormatted(XelFormatLine(zeroEnded.begin(), zeroEnded.end(), zeroEnded.begin(), format, starts.data()), zeroEnded,
                  fields, "in place up to a zero byte");
   checkStarts(starts, zeroEnded, fields);
+}
+
+// The same under every level of vectors, in memory that has padding.
+void checkPadded(const std::string& line, const XelCsvFormat& format, const std::vector<std::string>& fields) {
+  std::string padding;
+  while (padding.size() < static_cast<std::size_t>(XelTextPadding)) padding += line + ",\"\n.";
+  padding.resize(static_cast<std::size_t>(XelTextPadding));
+  const Block raw(line + padding);
+  const char* const end = raw.begin() + line.size();
+  std::vector<char*> starts(line.size() + 1 + static_cast<std::size_t>(XelFieldsPadding));
+  for (const XelVectorLevel level : {XelVectorLevel::Plain, XelVectorLevel::Bytes16, XelVectorLevel::Bytes32}) {
+    XelSetVectorLevel(level);
+    const std::string way = "at level " + std::to_string(static_cast<int>(level));
+    const Block written(line.size() + 1 + padding.size());
+    const XelFormattedLine formatted =
+        XelGetPaddedFormatter(format)(raw.begin(), end, written.begin(), format, starts.data());
+    checkFormatted(formatted, written, fields, way);
+    checkStarts(starts, written, fields);
+    const std::size_t stop = std::min(line.find_first_of(std::string("\0\n\r", 3)), line.size());
+    checkEqual(static_cast<std::size_t>(formatted.stop - raw.begin()), stop, "where the line stops " + way);
+  }
+  XelSetVectorLevel(XelGetBestVectorLevel());
 }
 
 void checkTrimming(const std::string& text) {
@@ -101,6 +125,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const std::vector<std::string> fields = slowFields(line, characters);
   checkFormatting(line, format, fields);
+  checkPadded(line, format, fields);
 
   const Block raw(line);
   const XelCsvSpan first = XelFirstField(raw.begin(), raw.end(), format);
