@@ -21,63 +21,109 @@
 
 #include "csv/line/XelCsvFormatVectors.h"
 
-// The part that every width does in the same way: Window has the vectors, Replaces is whether there is a decimal
-// character to become '.'.
+// What every width does in the same way: Window has the vectors, Replaces is whether there is a decimal character to
+// become '.'.
 template <class Window, bool Replaces>
 class XelWindowFormatter {
  public:
-  XelWindowFormatter(const Window& loaded, char* to, char** starts) noexcept
-      : window(loaded), begin(to), out(to), fields(starts) {
-    *fields++ = to;
-  }
-
-  XelFormattedLine format(const char* from, const char* end) noexcept {
-    char** const first = fields - 1;
+  // The windows before the first with a quote; what may be behind that one is left to a function of its own, so that
+  // lines without quotes do not carry what it needs.
+  static XelFormattedLine format(const char* from, const char* end, char* to, const XelCsvFormat& format,
+                                 char** fields) noexcept {
+    Window window(format.getMarks());
+    Written written{to, fields + 1};
+    *fields = to;
     for (const char* in = from;; in += Width) {
       window.load(in);
-      std::uint64_t ends = window.getEnds();
-      if (end - in < Width) ends |= std::uint64_t{1} << (end - in);
-      const std::uint64_t inside = ~ends & (ends - 1);
-      const std::uint64_t quotes = window.getQuotes() & inside;
-      const std::uint64_t separators = window.getSeparators() & inside;
-      const long taken = ends == 0 ? Width : Window::getLowest(ends);
-      if ((quotes | inQuotes) == 0) {
-        window.template store<Replaces>(out);
-        fields = Window::addStarts(fields, out + 1, separators);
-        out += taken;
-      } else {
-        addQuoted(in, taken, quotes, separators);
-      }
-      if (ends != 0) {
-        *out++ = '\0';
-        return {static_cast<int>(out - begin), static_cast<int>(fields - first), in + taken};
-      }
+      const std::uint64_t ends = findEnds(window, in, end);
+      const std::uint64_t inside = getBelowLowest(ends);
+      if ((window.getQuotes() & inside) != 0) return formatRest(in, end, to, format, fields, written);
+      addPlain(window, window.getSeparators() & inside, written);
+      if (ends != 0)
+        return finish(in + Window::getLowest(ends), to, fields,
+                      {written.out + Window::getLowest(ends), written.starts});
+      written.out += Width;
     }
   }
 
  private:
   static constexpr long Width = 64;
 
-  // A window with quotes, or in them.
-  void addQuoted(const char* in, long taken, std::uint64_t quotes, std::uint64_t separators) noexcept {
-    const std::uint64_t quoted = getParities(quotes) ^ inQuotes;
-    inQuotes = std::uint64_t{0} - (quoted >> (Width - 1));
-    char* const from = out;
+  // How far the line is written.
+  struct Written {
+    char* out;
+    char** starts;
+  };
+
+  // The windows from the first with a quote on.
+  [[gnu::noinline]] static XelFormattedLine formatRest(const char* from, const char* end, char* to,
+                                                       const XelCsvFormat& format, char** fields,
+                                                       Written written) noexcept {
+    Window window(format.getMarks());
+    std::uint64_t inQuotes = 0;  // all bits when the window before ended in quotes
+    for (const char* in = from;; in += Width) {
+      window.load(in);
+      const std::uint64_t ends = findEnds(window, in, end);
+      const std::uint64_t inside = getBelowLowest(ends);
+      const std::uint64_t quotes = window.getQuotes() & inside;
+      const std::uint64_t separators = window.getSeparators() & inside;
+      const long taken = ends == 0 ? Width : Window::getLowest(ends);
+      if ((quotes | inQuotes) == 0) {
+        addPlain(window, separators, written);
+        written.out += taken;
+      } else {
+        const std::uint64_t quoted = getParities(quotes) ^ inQuotes;
+        inQuotes = std::uint64_t{0} - (quoted >> (Width - 1));
+        char* const next = addRuns(window, in, taken, quotes, written.out);
+        written.starts = addStarts(separators & ~quoted, quotes, written);
+        written.out = next;
+      }
+      if (ends != 0) return finish(in + taken, to, fields, written);
+    }
+  }
+
+  // Zero bytes, line feeds, carriage returns, and the end of the bytes.
+  static std::uint64_t findEnds(const Window& window, const char* in, const char* end) noexcept {
+    const std::uint64_t ends = window.getEnds();
+    if (end - in >= Width) return ends;
+    return ends | (std::uint64_t{1} << (end - in));
+  }
+
+  // All bits below the lowest of these.
+  static std::uint64_t getBelowLowest(std::uint64_t bits) noexcept { return ~bits & (bits - 1); }
+
+  static void addPlain(const Window& window, std::uint64_t separators, Written& written) noexcept {
+    window.template store<Replaces>(written.out);
+    written.starts = Window::addStarts(written.starts, written.out + 1, separators);
+  }
+
+  // Writes the runs between the quotes of a window, and answers the place behind.
+  static char* addRuns(const Window& window, const char* in, long taken, std::uint64_t quotes, char* out) noexcept {
     long run = 0;
-    for (std::uint64_t left = quotes; left != 0; left &= left - 1) {
-      const long quote = Window::getLowest(left);
+    for (; quotes != 0; quotes &= quotes - 1) {
+      const long quote = Window::getLowest(quotes);
       window.template copy<Replaces>(in + run, out, quote - run);
       out += quote - run;
       run = quote + 1;
     }
     window.template copy<Replaces>(in + run, out, taken - run);
-    out += taken - run;
-    for (std::uint64_t left = separators & ~quoted; left != 0; left &= left - 1) {
-      const std::uint64_t before = (left & (std::uint64_t{0} - left)) - 1;
-      char* const at = from + Window::getLowest(left) - Window::getCount(quotes & before);
+    return out + (taken - run);
+  }
+
+  // Ends the fields at separators among the runs, and answers the place behind the starts.
+  static char** addStarts(std::uint64_t separators, std::uint64_t quotes, Written written) noexcept {
+    for (; separators != 0; separators &= separators - 1) {
+      const long quotesBefore = Window::getCount(quotes & getBelowLowest(separators));
+      char* const at = written.out + Window::getLowest(separators) - quotesBefore;
       *at = '\0';
-      *fields++ = at + 1;
+      *written.starts++ = at + 1;
     }
+    return written.starts;
+  }
+
+  static XelFormattedLine finish(const char* stop, char* to, char** fields, const Written& written) noexcept {
+    *written.out = '\0';
+    return {static_cast<int>(written.out + 1 - to), static_cast<int>(written.starts - fields), stop};
   }
 
   // Bit i is the parity of the bits 0 to i.
@@ -89,28 +135,16 @@ class XelWindowFormatter {
     bits ^= bits << 16;
     return bits ^ (bits << 32);
   }
-
-  Window window;
-  char* const begin;
-  char* out;
-  char** fields;
-  std::uint64_t inQuotes = 0;  // all bits when the window before ended in quotes
 };
-
-// NOLINTBEGIN(readability-non-const-parameter): the parameters are those of every formatter
-template <class Window, bool Replaces>
-static XelFormattedLine XelFormatByWindows(const char* from, const char* end, char* to, const XelCsvFormat& format,
-                                           char** fields) noexcept {
-  return XelWindowFormatter<Window, Replaces>(Window(format.getMarks()), to, fields).format(from, end);
-}
-// NOLINTEND(readability-non-const-parameter)
 
 // Of four forms the one that does no more than a format needs.
 template <template <std::size_t> class Window>
 static XelPaddedFormatter* XelGetWindowFormatter(const XelCsvMarks& marks) noexcept {
   constexpr std::size_t Most = XelCsvMarks::MostSeparators;
   if (marks.separators == 1) {
-    return marks.replacesDecimal ? XelFormatByWindows<Window<1>, true> : XelFormatByWindows<Window<1>, false>;
+    return marks.replacesDecimal ? XelWindowFormatter<Window<1>, true>::format
+                                 : XelWindowFormatter<Window<1>, false>::format;
   }
-  return marks.replacesDecimal ? XelFormatByWindows<Window<Most>, true> : XelFormatByWindows<Window<Most>, false>;
+  return marks.replacesDecimal ? XelWindowFormatter<Window<Most>, true>::format
+                               : XelWindowFormatter<Window<Most>, false>::format;
 }
