@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <initializer_list>
 
 namespace {
 
@@ -12,10 +13,12 @@ std::atomic<int> levelInUse{0};
 
 XelVectorLevel XelGetBestVectorLevel() noexcept {
 #if XELCSV_HAS_VECTORS
-  const bool has32 = __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0 &&
-                     __builtin_cpu_supports("popcnt") != 0;
-  if (has32) return XelVectorLevel::Bytes32;
-  return XelVectorLevel::Bytes16;
+  // Machines with the first of these have the others, unless something hides them.
+  for (const int has :
+       {__builtin_cpu_supports("avx2"), __builtin_cpu_supports("bmi"), __builtin_cpu_supports("popcnt")}) {
+    if (has == 0) return XelVectorLevel::Bytes16;
+  }
+  return XelVectorLevel::Bytes32;
 #else
   return XelVectorLevel::Plain;
 #endif

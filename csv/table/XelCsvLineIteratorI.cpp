@@ -77,22 +77,17 @@ XelNonCachedCsvLineIteratorI& XelNonCachedCsvLineIteratorI::operator++() {
 }
 
 bool XelNonCachedCsvLineIteratorI::goToNextLine() {
-  if (!table->getReader()->isMultiTable()) {
-    // Kept: the walk goes on to the end of the file, and the offset stays that of the first line (tests:
-    // ScanningIterator.OfAOneTableFileRunsToTheEndOfTheFile, ScanningIterator.CopyInAOneTableFileStandsOnTheFirstLine).
-    if (walk->goToPlainLine(lineNumber)) return true;
-    long unused = 0;
-    if (!walk->skipCommentAndEmptyLines(lineNumber, unused)) return false;
-    walk->formatLine(lineNumber);
-    return true;
-  }
-  const long next = walk->getOffset();
-  if (next <= endOffset && walk->goToPlainLine(lineNumber)) {
-    offset = next;
-  } else {
-    if (!walk->skipCommentAndEmptyLines(lineNumber, offset) || offset > endOffset) return false;
+  // Kept: in a one-table file the walk goes on to the end of the file, and the offset stays that of the first line
+  // (tests: ScanningIterator.OfAOneTableFileRunsToTheEndOfTheFile,
+  // ScanningIterator.CopyInAOneTableFileStandsOnTheFirstLine).
+  const bool isBounded = table->getReader()->isMultiTable();
+  long next = walk->getOffset();
+  if ((isBounded && next > endOffset) || !walk->goToPlainLine(lineNumber)) {
+    if (!walk->skipCommentAndEmptyLines(lineNumber, next) || (isBounded && next > endOffset)) return false;
     walk->formatLine(lineNumber);
   }
+  if (!isBounded) return true;
+  offset = next;
   return skipOtherTables();
 }
 

@@ -6,6 +6,7 @@
 
 XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, const char* mode)
     : table(scanned),
+      padded(XelGetPaddedFormatter(table->getReader()->getFormat())),
       own(table->getEnv()),
       lines(own),
       offset(table->getFirstDataOffset()),
@@ -15,6 +16,7 @@ XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, const char* mode)
 
 XelCsvScan::XelCsvScan(XelCsvTableReaderI* scanned, XelCsvLines& opened) noexcept
     : table(scanned),
+      padded(XelGetPaddedFormatter(table->getReader()->getFormat())),
       own(table->getEnv()),
       lines(opened),
       offset(table->getFirstDataOffset()),
@@ -25,7 +27,11 @@ bool XelCsvScan::next() { return lines.skipCommentAndEmptyLines(table->getReader
 void XelCsvScan::format() {
   if (text.get() == nullptr) text = XelEnvBlock<char>(table->getEnv(), XelLineSize);
   if (fields.get() == nullptr) fields = XelEnvBlock<char*>(table->getEnv(), XelLineSize);
-  table->formatLine(lines.getLine(), text.get(), fields.get());
+  const XelCsvSpan raw = lines.getLine();
+  // The text goes into a record, whose block has no padding; most lines leave enough of it.
+  const bool leavesPadding = raw.begin != nullptr && raw.getLength() < XelLineSize - XelTextPadding;
+  XelPaddedFormatter* formatter = leavesPadding ? padded : XelFormatLine;
+  table->setFormatted(formatter(raw.begin, raw.end, text.get(), table->getReader()->getFormat(), fields.get()));
 }
 
 bool XelCsvScan::formatAgain() noexcept { return table->formatAgain(text.get(), fields.get()); }

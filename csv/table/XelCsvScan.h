@@ -60,6 +60,7 @@ class XelCsvScan {
   XelCsvSpan getTrimmed(long position) const noexcept;
 
   XelCsvTableReaderI* table;
+  XelPaddedFormatter* padded;
   XelCsvLines own;     // the file, unless it was opened by the caller
   XelCsvLines& lines;  // the file that is read
   XelEnvBlock<char> text;

@@ -12,6 +12,8 @@ XelCsvWalk::XelCsvWalk(XelCsvTableReaderI* walked, const char* mode)
 }
 
 void XelCsvWalk::readLine(long lineNumber) {
+  const XelCsvSpan ahead = file.getAhead();
+  if (ahead.getLength() > 0 && takePlainLine(ahead, lineNumber)) return;
   file.read();
   formatLine(lineNumber);
 }

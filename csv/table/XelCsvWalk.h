@@ -24,8 +24,8 @@ class XelCsvWalk : public XelEnvResident {
   bool skipCommentAndEmptyLines(long& lineNumber, long& offset);
 
   // Goes to the next line that is neither a comment nor empty and makes it the record, all in one look at its bytes.
-  // False, and nothing has changed, when that takes more than a look: then it is skipCommentAndEmptyLines() and
-  // formatLine() that do it.
+  // False, and nothing has changed but the text of the record before, when that takes more than a look: then it is
+  // skipCommentAndEmptyLines() and formatLine() that do it.
   bool goToPlainLine(long& lineNumber) noexcept;
 
   // Whether the last skipCommentAndEmptyLines() read any line at all.
@@ -44,6 +44,10 @@ class XelCsvWalk : public XelEnvResident {
   XelCsvLineI* getLine() noexcept { return &line; }
 
  private:
+  // The next line, of which ahead are all bytes that are known, becomes the record, comment or not.
+  // False when that takes more than a look at them.
+  bool takePlainLine(const XelCsvSpan& ahead, long lineNumber) noexcept;
+
   // Formats a raw line of the file's into the buffer.
   XelFormattedLine formatLine(const XelCsvSpan& raw) const noexcept {
     return formatter(raw.begin, raw.end, buffer.get(), reader->getFormat(), fields.get());
@@ -73,7 +77,12 @@ inline bool XelCsvWalk::goToPlainLine(long& lineNumber) noexcept {
   const XelCsvSpan ahead = file.getAhead();
   const bool mayBeSkipped =
       ahead.getLength() == 0 || *ahead.begin == reader->getComment() || static_cast<unsigned char>(*ahead.begin) <= ' ';
-  if (mayBeSkipped) return false;
+  if (mayBeSkipped || !takePlainLine(ahead, lineNumber + 1)) return false;
+  ++lineNumber;
+  return true;
+}
+
+inline bool XelCsvWalk::takePlainLine(const XelCsvSpan& ahead, long lineNumber) noexcept {
   const XelFormattedLine formatted = formatLine(ahead);
   const char* end = formatted.stop;  // of the physical line
   if (end == ahead.end) {
@@ -84,6 +93,6 @@ inline bool XelCsvWalk::goToPlainLine(long& lineNumber) noexcept {
     ++end;
   }
   file.take(end);
-  use(formatted, ++lineNumber);
+  use(formatted, lineNumber);
   return true;
 }
