@@ -26,8 +26,8 @@
 template <class Window, bool Replaces>
 class XelWindowFormatter {
  public:
-  // The windows before the first with a quote; what may be behind that one is left to a function of its own, so that
-  // lines without quotes do not carry what it needs.
+  // Lines without quotes. One with a quote begins again in a function of its own, so that the others do not carry what
+  // it needs.
   static XelFormattedLine format(const char* from, const char* end, char* to, const XelCsvFormat& format,
                                  char** fields) noexcept {
     Window window(format.getMarks());
@@ -37,7 +37,7 @@ class XelWindowFormatter {
       window.load(in);
       const std::uint64_t ends = findEnds(window, in, end);
       const std::uint64_t inside = getBelowLowest(ends);
-      if ((window.getQuotes() & inside) != 0) return formatRest(in, end, to, format, fields, written);
+      if ((window.getQuotes() & inside) != 0) return formatQuoted(from, end, to, format, fields);
       addPlain(window, window.getSeparators() & inside, written);
       if (ends != 0)
         return finish(in + Window::getLowest(ends), to, fields,
@@ -55,11 +55,12 @@ class XelWindowFormatter {
     char** starts;
   };
 
-  // The windows from the first with a quote on.
-  [[gnu::noinline]] static XelFormattedLine formatRest(const char* from, const char* end, char* to,
-                                                       const XelCsvFormat& format, char** fields,
-                                                       Written written) noexcept {
+  // Lines of all kinds.
+  [[gnu::noinline]] static XelFormattedLine formatQuoted(const char* from, const char* end, char* to,
+                                                         const XelCsvFormat& format, char** fields) noexcept {
     Window window(format.getMarks());
+    Written written{to, fields + 1};
+    *fields = to;
     std::uint64_t inQuotes = 0;  // all bits when the window before ended in quotes
     for (const char* in = from;; in += Width) {
       window.load(in);
