@@ -14,9 +14,10 @@ std::atomic<int> levelInUse{0};
 XelVectorLevel XelGetBestVectorLevel() noexcept {
 #if XELCSV_HAS_VECTORS
   // Machines with the first of these have the others, unless something hides them.
-  for (const int has :
-       {__builtin_cpu_supports("avx2"), __builtin_cpu_supports("bmi"), __builtin_cpu_supports("popcnt")}) {
-    if (has == 0) return XelVectorLevel::Bytes16;
+  for (const bool has :
+       {static_cast<bool>(__builtin_cpu_supports("avx2")), static_cast<bool>(__builtin_cpu_supports("bmi")),
+        static_cast<bool>(__builtin_cpu_supports("popcnt"))}) {
+    if (!has) return XelVectorLevel::Bytes16;
   }
   return XelVectorLevel::Bytes32;
 #else
