@@ -26,41 +26,49 @@
 template <class Window, bool Replaces>
 class XelWindowFormatter {
  public:
-  // Lines without quotes. One with a quote begins again in a function of its own, so that the others do not carry what
-  // it needs.
+  // Lines without quotes that end in their first window. The others go on in functions of their own, so that these do
+  // not carry what they need.
   static XelFormattedLine format(const char* from, const char* end, char* to, const XelCsvFormat& format,
                                  char** fields) noexcept {
-    Window window(format.getMarks());
-    Written written{to, fields + 1};
     *fields = to;
-    for (const char* in = from;; in += Width) {
-      window.load(in);
-      const std::uint64_t ends = findEnds(window, in, end);
-      const std::uint64_t inside = getBelowLowest(ends);
-      if ((window.getQuotes() & inside) != 0) return formatQuoted(from, end, to, format, fields);
-      addPlain(window, window.getSeparators() & inside, written);
-      if (ends != 0)
-        return finish(in + Window::getLowest(ends), to, fields,
-                      {written.out + Window::getLowest(ends), written.starts});
-      written.out += Width;
-    }
+    Window window(format.getMarks());
+    window.load(from);
+    const std::uint64_t ends = findEnds(window, from, end);
+    const std::uint64_t inside = getBelowLowest(ends);
+    if ((window.getQuotes() & inside) != 0) return formatQuoted(from, end, to, format, fields);
+    char** const starts = addPlain(window, window.getSeparators() & inside, to, fields + 1);
+    if (ends == 0) return formatFurther(from, end, to, format, fields, starts);
+    const long taken = Window::getLowest(ends);
+    return finish(from + taken, to + taken, to, starts - fields);
   }
 
  private:
   static constexpr long Width = 64;
 
-  // How far the line is written.
-  struct Written {
-    char* out;
-    char** starts;
-  };
+  // Lines without quotes from the second window on. One with a quote begins again.
+  [[gnu::noinline]] static XelFormattedLine formatFurther(const char* from, const char* end, char* to,
+                                                          const XelCsvFormat& format, char** fields,
+                                                          char** starts) noexcept {
+    Window window(format.getMarks());
+    char* out = to;
+    for (const char* in = from + Width;; in += Width) {
+      out += Width;
+      window.load(in);
+      const std::uint64_t ends = findEnds(window, in, end);
+      const std::uint64_t inside = getBelowLowest(ends);
+      if ((window.getQuotes() & inside) != 0) return formatQuoted(from, end, to, format, fields);
+      starts = addPlain(window, window.getSeparators() & inside, out, starts);
+      if (ends != 0) return finish(in + Window::getLowest(ends), out + Window::getLowest(ends), to, starts - fields);
+    }
+  }
 
   // Lines of all kinds.
   [[gnu::noinline]] static XelFormattedLine formatQuoted(const char* from, const char* end, char* to,
                                                          const XelCsvFormat& format, char** fields) noexcept {
     Window window(format.getMarks());
-    Written written{to, fields + 1};
     *fields = to;
+    char* out = to;
+    char** starts = fields + 1;
     std::uint64_t inQuotes = 0;  // all bits when the window before ended in quotes
     for (const char* in = from;; in += Width) {
       window.load(in);
@@ -70,16 +78,16 @@ class XelWindowFormatter {
       const std::uint64_t separators = window.getSeparators() & inside;
       const long taken = ends == 0 ? Width : Window::getLowest(ends);
       if ((quotes | inQuotes) == 0) {
-        addPlain(window, separators, written);
-        written.out += taken;
+        starts = addPlain(window, separators, out, starts);
+        out += taken;
       } else {
         const std::uint64_t quoted = getParities(quotes) ^ inQuotes;
         inQuotes = std::uint64_t{0} - (quoted >> (Width - 1));
-        char* const next = addRuns(window, in, taken, quotes, written.out);
-        written.starts = addStarts(separators & ~quoted, quotes, written);
-        written.out = next;
+        char* const next = addRuns(window, in, taken, quotes, out);
+        starts = addStarts(separators & ~quoted, quotes, out, starts);
+        out = next;
       }
-      if (ends != 0) return finish(in + taken, to, fields, written);
+      if (ends != 0) return finish(in + taken, out, to, starts - fields);
     }
   }
 
@@ -93,9 +101,10 @@ class XelWindowFormatter {
   // All bits below the lowest of these.
   static std::uint64_t getBelowLowest(std::uint64_t bits) noexcept { return ~bits & (bits - 1); }
 
-  static void addPlain(const Window& window, std::uint64_t separators, Written& written) noexcept {
-    window.template store<Replaces>(written.out);
-    written.starts = Window::addStarts(written.starts, written.out + 1, separators);
+  // Writes a window without quotes, and answers the place behind the starts of its fields.
+  static char** addPlain(const Window& window, std::uint64_t separators, char* out, char** starts) noexcept {
+    window.template store<Replaces>(out);
+    return Window::addStarts(starts, out + 1, separators);
   }
 
   // Writes the runs between the quotes of a window, and answers the place behind.
@@ -111,20 +120,21 @@ class XelWindowFormatter {
     return out + (taken - run);
   }
 
-  // Ends the fields at separators among the runs, and answers the place behind the starts.
-  static char** addStarts(std::uint64_t separators, std::uint64_t quotes, Written written) noexcept {
+  // Ends the fields at separators among the runs that are written from out on, and answers the place behind the starts.
+  static char** addStarts(std::uint64_t separators, std::uint64_t quotes, char* out, char** starts) noexcept {
     for (; separators != 0; separators &= separators - 1) {
       const long quotesBefore = Window::getCount(quotes & getBelowLowest(separators));
-      char* const at = written.out + Window::getLowest(separators) - quotesBefore;
+      char* const at = out + Window::getLowest(separators) - quotesBefore;
       *at = '\0';
-      *written.starts++ = at + 1;
+      *starts++ = at + 1;
     }
-    return written.starts;
+    return starts;
   }
 
-  static XelFormattedLine finish(const char* stop, char* to, char** fields, const Written& written) noexcept {
-    *written.out = '\0';
-    return {static_cast<int>(written.out + 1 - to), static_cast<int>(written.starts - fields), stop};
+  // The line's last terminator, at out, and what there is to say of it.
+  static XelFormattedLine finish(const char* stop, char* out, const char* to, long count) noexcept {
+    *out = '\0';
+    return {static_cast<int>(out + 1 - to), static_cast<int>(count), stop};
   }
 
   // Bit i is the parity of the bits 0 to i.

@@ -61,6 +61,22 @@ void XelNonCachedCsvLineIteratorI::initIterator() {
   ok = offset <= endOffset ? 1 : 0;
 }
 
+// One piece of code with the ++ below: this is what each line of a file goes through.
+[[gnu::always_inline]] inline bool XelNonCachedCsvLineIteratorI::goToNextLine() {
+  // Kept: in a one-table file the walk goes on to the end of the file, and the offset stays that of the first line
+  // (tests: ScanningIterator.OfAOneTableFileRunsToTheEndOfTheFile,
+  // ScanningIterator.CopyInAOneTableFileStandsOnTheFirstLine).
+  const bool isBounded = table->getReader()->isMultiTable();
+  long next = walk->getOffset();
+  if ((isBounded && next > endOffset) || !walk->goToPlainLine(lineNumber)) {
+    if (!walk->skipCommentAndEmptyLines(lineNumber, next) || (isBounded && next > endOffset)) return false;
+    walk->formatLine(lineNumber);
+  }
+  if (!isBounded) return true;
+  offset = next;
+  return skipOtherTables();
+}
+
 XelNonCachedCsvLineIteratorI& XelNonCachedCsvLineIteratorI::operator++() {
   if (ok == 0 || walk == nullptr) {
     ok = 0;
@@ -74,21 +90,6 @@ XelNonCachedCsvLineIteratorI& XelNonCachedCsvLineIteratorI::operator++() {
   }
   if (ok == 0) clear();
   return *this;
-}
-
-bool XelNonCachedCsvLineIteratorI::goToNextLine() {
-  // Kept: in a one-table file the walk goes on to the end of the file, and the offset stays that of the first line
-  // (tests: ScanningIterator.OfAOneTableFileRunsToTheEndOfTheFile,
-  // ScanningIterator.CopyInAOneTableFileStandsOnTheFirstLine).
-  const bool isBounded = table->getReader()->isMultiTable();
-  long next = walk->getOffset();
-  if ((isBounded && next > endOffset) || !walk->goToPlainLine(lineNumber)) {
-    if (!walk->skipCommentAndEmptyLines(lineNumber, next) || (isBounded && next > endOffset)) return false;
-    walk->formatLine(lineNumber);
-  }
-  if (!isBounded) return true;
-  offset = next;
-  return skipOtherTables();
 }
 
 // Where tables are split, goes on to a line of this one. False when the table's region ends before.
