@@ -212,7 +212,7 @@ TEST(Marks, AreLineEndsWhereNoByteIsAQuoteOrADecimalCharacter) {
 }
 
 TEST(PaddedFormatter, IsTheSameUnderEveryLevelForAllShortTextsAtEveryPlaceOfAWindow) {
-  constexpr int LongestText = 4;
+  constexpr int LongestText = 3;
   constexpr std::size_t Places = 130;  // two windows, and the first bytes of the third
   for (const Settings& settings : AllSettings) {
     Comparison comparison(settings, Places + LongestText + 2);
