@@ -11,7 +11,7 @@ enum class XelByteClass : unsigned char { Text, Separator, SpaceSeparator, Quote
 
 // The same for loops that compare many bytes at a time with each of a few.
 struct XelCsvMarks {
-  static constexpr std::size_t MostSeparators = 4;
+  static constexpr std::size_t MostSeparators = 8;
 
   std::size_t separators;          // how many; 0 when there are too many, or none, or a space among them
   char separator[MostSeparators];  // the last one again where there are fewer

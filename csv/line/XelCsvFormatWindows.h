@@ -148,14 +148,20 @@ class XelWindowFormatter {
   }
 };
 
-// Of four forms the one that does no more than a format needs.
+// Of the forms for one separator and for more, with and without a decimal character to replace, the one that does no
+// more than a format needs.
 template <template <std::size_t> class Window>
 static XelPaddedFormatter* XelGetWindowFormatter(const XelCsvMarks& marks) noexcept {
+  constexpr std::size_t Few = 3;
   constexpr std::size_t Most = XelCsvMarks::MostSeparators;
+  const auto choose = [&marks](XelPaddedFormatter* replacing, XelPaddedFormatter* keeping) {
+    return marks.replacesDecimal ? replacing : keeping;
+  };
   if (marks.separators == 1) {
-    return marks.replacesDecimal ? XelWindowFormatter<Window<1>, true>::format
-                                 : XelWindowFormatter<Window<1>, false>::format;
+    return choose(XelWindowFormatter<Window<1>, true>::format, XelWindowFormatter<Window<1>, false>::format);
   }
-  return marks.replacesDecimal ? XelWindowFormatter<Window<Most>, true>::format
-                               : XelWindowFormatter<Window<Most>, false>::format;
+  if (marks.separators <= Few) {
+    return choose(XelWindowFormatter<Window<Few>, true>::format, XelWindowFormatter<Window<Few>, false>::format);
+  }
+  return choose(XelWindowFormatter<Window<Most>, true>::format, XelWindowFormatter<Window<Most>, false>::format);
 }

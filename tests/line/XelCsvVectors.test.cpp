@@ -26,11 +26,13 @@ struct Settings {
   char quote;
 };
 
-// One separator and four, with and without a decimal character to replace; a quote that is none, separators above 127,
-// and sets that no vector is compared with.
-const Settings AllSettings[] = {
-    {",", '.', '"'},   {";", ',', '"'},      {",;\t|", '.', '"'}, {";:\t|", ',', '\''}, {",\xA7", '.', '"'},
-    {",", '\n', '\r'}, {",;\t|:", '.', '"'}, {", ", '.', '"'},    {"", '.', '"'},       {"\xFF\x80", 'e', '\xFE'}};
+// One separator, a few and many, with and without a decimal character to replace; a quote that is none, separators above
+// 127, and sets that no vector is compared with.
+const Settings AllSettings[] = {{",", '.', '"'},         {";", ',', '"'},          {",;\t", '.', '"'},
+                                {";:", ',', '\''},       {",;\t|", '.', '"'},      {";:\t|/", ',', '\''},
+                                {",;:|/+*\t", '.', '"'}, {",\xA7", '.', '"'},      {"\xFF\x80", 'e', '\xFE'},
+                                {",", '\n', '\r'},       {",;:|/+*\t-", '.', '"'}, {", ", '.', '"'},
+                                {"", '.', '"'}};
 
 // What formatting made of a line, in memory that is used again for the next one.
 class Formatted {
@@ -170,23 +172,30 @@ TEST(VectorLevel, IsTheBestUntilALowerOneIsChosen) {
   EXPECT_EQ(XelGetVectorLevel(), best);
 }
 
-TEST(Marks, AreAtMostFourSeparatorsAndNoSpace) {
+TEST(Marks, AreAtMostEightSeparatorsAndNoSpace) {
   const struct {
     const char* separators;
     std::size_t count;
-    std::string four;
+    std::string eight;
   } cases[] = {
-      {",", 1, ",,,,"},      {";,", 2, ",;;;"}, {"\t,,;;", 3, "\t,;;"},
-      {"|;,\t", 4, "\t,;|"}, {"|;,\t:", 0, ""}, {", ", 0, ""},
-      {" ", 0, ""},          {"", 0, ""},       {"\xA7\x7F", 2, "\x7F\xA7\xA7\xA7"},
-      {",\n\r", 1, ",,,,"},
+      {",", 1, ",,,,,,,,"},
+      {";,", 2, ",;;;;;;;"},
+      {"\t,,;;", 3, "\t,;;;;;;"},
+      {"|;,\t", 4, "\t,;|||||"},
+      {"76543210", 8, "01234567"},
+      {"876543210", 0, ""},
+      {", ", 0, ""},
+      {" ", 0, ""},
+      {"", 0, ""},
+      {"\xA7\x7F", 2, "\x7F\xA7\xA7\xA7\xA7\xA7\xA7\xA7"},
+      {",\n\r", 1, ",,,,,,,,"},
   };
   for (const auto& row : cases) {
     const XelCsvFormat format(row.separators, '.', '"');
     const XelCsvMarks& marks = format.getMarks();
     EXPECT_EQ(marks.separators, row.count) << testing::PrintToString(row.separators);
     if (row.count > 0) {
-      EXPECT_EQ(std::string(marks.separator, 4), row.four) << testing::PrintToString(row.separators);
+      EXPECT_EQ(std::string(marks.separator, 8), row.eight) << testing::PrintToString(row.separators);
     }
   }
 }
