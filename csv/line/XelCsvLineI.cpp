@@ -123,10 +123,11 @@ void XelCsvLineI::swap(XelCsvLineI& other) noexcept {
   std::swap(env, other.env);
   std::swap(numberOfFields, other.numberOfFields);
   std::swap(ownsStorage, other.ownsStorage);
+  ++changes;
+  ++other.changes;
 }
 
-void XelCsvLineI::check(const char* operation, long position) const {
-  if (position >= 0 && position < numberOfFields) return;
+void XelCsvLineI::throwFieldNotFound(const char* operation, long position) const {
   const XelCsvSite at = tableReader == nullptr ? XelCsvSite{} : tableReader->getSite();
   XelCsvErrors::fieldNotFound(at, position, lineNumber, operation);
 }
@@ -140,9 +141,8 @@ bool XelCsvLineI::emptyFieldByHeader(const char* heading) const {
   return emptyFieldByPosition(tableReader->getPosition(heading));
 }
 
-const char* XelCsvLineI::trimField(long position) const noexcept {
-  char* field = fields[position];
-  if (*field != '\0') XelTrim(field);
+const char* XelCsvLineI::trim(char* field) noexcept {
+  XelTrim(field);
   return field;
 }
 
@@ -155,4 +155,5 @@ void XelCsvLineI::clear() noexcept {
   fields = nullptr;
   numberOfFields = 0;
   ownsStorage = false;
+  ++changes;
 }

@@ -60,7 +60,9 @@ class XelCsvLineI : public XelEnvResident {
   void swap(XelCsvLineI& other) noexcept;
 
   // Throws XelFieldNotFoundException, naming the operation, unless 0 <= position < getNumberOfFields().
-  void check(const char* operation, long position) const;
+  void check(const char* operation, long position) const {
+    if (position < 0 || position >= numberOfFields) throwFieldNotFound(operation, position);
+  }
 
   // Whether a field holds no character. Throws XelFieldNotFoundException, and by heading
   // XelColumnHeaderNotFoundException.
@@ -68,7 +70,10 @@ class XelCsvLineI : public XelEnvResident {
   bool emptyFieldByHeader(const char* heading) const;
 
   // Removes the spaces at either end of a field in place and answers it; only for a position that is there.
-  const char* trimField(long position) const noexcept;
+  const char* trimField(long position) const noexcept {
+    char* const field = fields[position];
+    return isSurelyTrimmed(position) ? field : trim(field);
+  }
 
   // Gives the record's own storage back and lets go of any other: no text, no fields.
   void clear() noexcept;
@@ -80,11 +85,26 @@ class XelCsvLineI : public XelEnvResident {
   char* getText() const noexcept { return text; }
   char** getFields() const noexcept { return fields; }
 
+  // How often the record's text was replaced.
+  long getNumberOfChanges() const noexcept { return changes; }
+
   // Points the record at another table, the one that keeps it.
   void setTableReader(XelCsvTableReaderI* table) noexcept { tableReader = table; }
 
  private:
   void take(XelEnvBlock<char>& newText, XelEnvBlock<char*>& newFields) noexcept;
+  [[noreturn]] void throwFieldNotFound(const char* operation, long position) const;
+  static const char* trim(char* field) noexcept;
+
+  // Fields stand back to back, so that the byte before the next field ends this one, unless it was cut. One that was
+  // trimmed before may look as if it were not, never the other way round.
+  bool isSurelyTrimmed(long position) const noexcept {
+    const char* const field = fields[position];
+    if (*field == '\0') return true;
+    if (*field == ' ' || position + 1 == numberOfFields) return false;
+    const char* const end = fields[position + 1] - 1;
+    return end > field && *end == '\0' && end[-1] != ' ';
+  }
 
   char* text = nullptr;
   char** fields = nullptr;
@@ -93,4 +113,5 @@ class XelCsvLineI : public XelEnvResident {
   XelEnv env;
   long numberOfFields;
   bool ownsStorage = false;
+  long changes = 0;
 };

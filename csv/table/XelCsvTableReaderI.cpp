@@ -8,22 +8,6 @@
 #include "csv/errors/XelCsvOpen.h"
 #include "csv/line/XelCsvLineI.h"
 
-namespace {
-
-// Position of a heading among the fields of the heading line, trimmed in place; -1 when there is none.
-long findHeading(const XelCsvLineI* headings, const char* heading) noexcept {
-  if (headings == nullptr || heading == nullptr) return -1;
-  const long count = headings->getNumberOfFields();
-  // All fields are trimmed before the first is compared, so the heading line never stays half trimmed.
-  for (long field = 0; field < count; ++field) headings->trimField(field);
-  for (long field = 0; field < count; ++field) {
-    if (std::strcmp(headings->getFields()[field], heading) == 0) return field;
-  }
-  return -1;
-}
-
-}  // namespace
-
 XelCsvTableReaderI::XelCsvTableReaderI(XelEnv environment)
     : keyPositions(environment, 0), file(environment), env(environment) {}
 
@@ -36,6 +20,7 @@ XelCsvTableReaderI::XelCsvTableReaderI(XelCsvReaderI* fileReader, const char* ta
   nameOfTable = stored != nullptr ? stored : tableName;  // the caller's text may not live as long as the table
   if (tryOpen(file)) {
     readHeadingZone(start);
+    headings.make(firstLine);
     file.close();
   }
 }
@@ -48,6 +33,7 @@ XelCsvTableReaderI::~XelCsvTableReaderI() {
 void XelCsvTableReaderI::partialClear() noexcept {
   delete firstLine;
   firstLine = nullptr;
+  headings.reset();
   keyPositions.clear();
 }
 
@@ -64,6 +50,7 @@ void XelCsvTableReaderI::partialCopy(XelCsvTableReaderI* other) {
   heading->setTableReader(this);
   delete firstLine;
   firstLine = heading.release();
+  headings.make(firstLine);
   endOffset = other->endOffset;
   firstDataOffset = other->firstDataOffset;
   firstDataLineNumber = other->firstDataLineNumber;
@@ -83,6 +70,7 @@ XelCsvLineI* XelCsvTableReaderI::findLine(XelEnvBlock<char> key) {
 
 void XelCsvTableReaderI::swapTable(XelCsvTableReaderI& other) noexcept {
   std::swap(firstLine, other.firstLine);
+  headings.swap(other.headings);
   std::swap(lineLength, other.lineLength);
   std::swap(numberOfColumns, other.numberOfColumns);
   std::swap(numberOfFields, other.numberOfFields);
@@ -114,12 +102,12 @@ void XelCsvTableReaderI::openAt(XelCsvLines& lines, const char* mode, XelCsvReac
 }
 
 bool XelCsvTableReaderI::isHeadingExists(const char* heading) const noexcept {
-  return findHeading(firstLine, heading) >= 0;
+  return headings.find(firstLine, heading) >= 0;
 }
 
 long XelCsvTableReaderI::getPosition(const char* heading) const {
   if (firstLine == nullptr) XelCsvErrors::noHeadingLine(getSite());
-  const long field = findHeading(firstLine, heading);
+  const long field = headings.find(firstLine, heading);
   if (field < 0) XelCsvErrors::headingNotFound(getSite(), heading);
   // Kept: the heading of a one-table file's marker field is found too, at -1 (test:
   // GetPosition.OfTheMarkerFieldOfAOneTableFileIsMinusOne).
@@ -129,13 +117,13 @@ long XelCsvTableReaderI::getPosition(const char* heading) const {
 // Kept: in a one-table file the heading printed is that of the field to the left, for the marker field is not counted
 // (test: PrintKeys.NamesTheColumnToTheLeftInAOneTableFile).
 bool XelCsvTableReaderI::printKeys() const {
-  const XelCsvLineI* headings = getHeadingLine();
+  const XelCsvLineI* line = getHeadingLine();
   for (long key = 0; key < getNumberOfKeys(); ++key) {
     const long position = getKeyPosition(key);
-    if (headings != nullptr) headings->check("getStringByPosition", position);
+    if (line != nullptr) line->check("getStringByPosition", position);
     std::cout << "key " << key << " ----> ";
-    if (headings != nullptr) {
-      std::cout << headings->trimField(position);
+    if (line != nullptr) {
+      std::cout << line->trimField(position);
     } else {
       std::cout << "Column " << position;
     }

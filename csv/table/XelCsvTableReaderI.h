@@ -2,6 +2,7 @@
 #pragma once
 
 #include "csv/errors/XelCsvErrors.h"
+#include "csv/line/XelCsvHeadings.h"
 #include "csv/line/XelCsvText.h"
 #include "csv/reader/XelCsvReaderI.h"
 #include "env/XelArray.h"
@@ -164,4 +165,6 @@ class XelCsvTableReaderI : public XelEnvResident {
   void readHeadingZone(const OffsetAndLineNumber* start);
   void addHeadingLine(const char* line, long lineNumber);
   void addKeyLine(const char* line, long lineNumber);
+
+  mutable XelCsvHeadings headings;  // of firstLine
 };
