@@ -76,6 +76,15 @@ class XelCsvLines : public XelEnvResident {
   // Offset of the next line.
   long getOffset() const noexcept { return blockOffset + next; }
 
+  // The bytes that are in memory from the next line on; they stay until a line is read. None before the first one is.
+  XelCsvSpan getRest() const noexcept { return {block.get() + next, block.get() + filled}; }
+
+  // Goes on behind a line [begin, end) that the caller found in the rest, as if it and those before it had been read.
+  void goOn(const char* begin, const char* end) noexcept {
+    line = {begin, end};
+    next = end - block.get();
+  }
+
  private:
   void fill();
 

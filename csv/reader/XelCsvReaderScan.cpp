@@ -1,6 +1,31 @@
 #include <cstring>
 
+#include "csv/line/XelCsvBeginning.h"
+#include "csv/line/XelCsvStretch.h"
 #include "csv/reader/XelCsvReaderI.h"
+
+namespace {
+
+// The first of the lines that follow which does not begin so; their number when all do.
+long countRun(const XelCsvStretch& stretch, long lines, const XelCsvBeginning& beginning) noexcept {
+  while (lines > 0 && stretch.getReadable(lines - 1) < beginning.getReach()) --lines;
+  long index = 0;
+  while (index < lines && beginning.isAt(stretch.getLine(index))) ++index;
+  return index;
+}
+
+// Takes the first field of a line with what ends it, so that lines which begin with the same bytes have the same first
+// field and are neither comments nor empty, as this one is neither.
+void setToField(XelCsvBeginning& beginning, const XelCsvSpan& line, const XelCsvSpan& field) noexcept {
+  const bool isWhole = field.end != line.end && !XelIsEmptyLine(field.begin, field.end + 1);
+  if (isWhole) {
+    beginning.set(field.begin, field.end + 1);
+  } else {
+    beginning.clear();
+  }
+}
+
+}  // namespace
 
 long XelCsvReaderI::skipCommentAndEmptyLines(XelCsvLines& lines, char* buffer, char commentCharacter, long* lineNumber,
                                              long* offset) {
@@ -22,8 +47,8 @@ void XelCsvReaderI::copyNameToBuffer(const XelCsvSpan& name) noexcept {
   lineBuffer[length] = '\0';
 }
 
-// The end offset of the table whose lines go by is kept here and stored when another table begins, so that a line that
-// continues its table costs one comparison.
+// The end offset of the table whose lines go by is kept here and stored when another table begins. Lines whose first
+// field has the very bytes of the line before, which are most, continue its table and are counted without being read.
 long XelCsvReaderI::stockTableNamesAndOffsets() {
   long lineNumber = -1;
   long offset = 0;
@@ -31,13 +56,26 @@ long XelCsvReaderI::stockTableNamesAndOffsets() {
   const char* current = nullptr;  // the table that the lines belong to, none at first
   long currentLength = 0;
   long currentEnd = 0;
+  XelCsvBeginning beginning;  // of lines that continue the table, as far as is known
+  XelCsvStretch stretch(file);
   const auto goTo = [&](const char* name) {
     if (current != nullptr) endOffsets.move(current, 0, currentEnd);
     current = name;
     currentLength = name == nullptr ? 0 : static_cast<long>(std::strlen(name));
     currentEnd = offset;
+    beginning.clear();
   };
-  while (file.skipCommentAndEmptyLines(comment, lineNumber, offset)) {
+  const auto countLinesOfTable = [&] {
+    if (beginning.isEmpty()) return;
+    for (long lines = stretch.find(); lines > 0; lines = stretch.find()) {
+      const long run = countRun(stretch, lines, beginning);
+      if (run == 0) return;
+      lineNumber += run;
+      currentEnd = stretch.getOffset(run - 1);
+      stretch.goOn(run);
+    }
+  };
+  while (countLinesOfTable(), file.skipCommentAndEmptyLines(comment, lineNumber, offset)) {
     const XelCsvSpan line = file.getLine();
     const XelCsvSpan field = XelFirstField(line.begin, line.end, format);
     const XelCsvSpan name = XelTrimmed(field.begin, field.end);
@@ -49,6 +87,7 @@ long XelCsvReaderI::stockTableNamesAndOffsets() {
     if (current != nullptr && name.getLength() == currentLength &&
         std::memcmp(name.begin, current, static_cast<std::size_t>(currentLength)) == 0) {
       currentEnd = offset;
+      setToField(beginning, line, field);
       continue;
     }
     copyNameToBuffer(name);

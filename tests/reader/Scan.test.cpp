@@ -14,6 +14,7 @@
 #include "tests/support/DataFile.h"
 #include "tests/support/ExpectThrow.h"
 #include "tests/support/TestEnv.h"
+#include "tests/support/VectorLevels.h"
 
 namespace {
 
@@ -227,6 +228,51 @@ TEST(Scan, FindsWhatTheSlowScanFindsInFilesLargerThanABlock) {
     }
     expectTheSameDirectory(content, {true, ";", '#'});
     if (HasFatalFailure()) return;
+  }
+}
+
+// Files of long runs of lines that begin alike, with something else between them now and then, so that runs end and go on
+// at every place of a block.
+TEST(Scan, FindsWhatTheSlowScanFindsInRunsOfLinesByEachLevelOfVectors) {
+  const std::vector<std::string> beginnings = {"A;",
+                                               "A\n",
+                                               "A\r\n",
+                                               " A ;",
+                                               "\t;",
+                                               "\t ",
+                                               " \t;x",
+                                               "|;",
+                                               "A|x;",
+                                               "\"A\";",
+                                               "#A;",
+                                               std::string("A\0x", 3),
+                                               "TABLE_00;",
+                                               "TABLE_01;",
+                                               "A_LONG_NAME_OF_17;",
+                                               std::string(127, 'n') + ";",
+                                               std::string(128, 'n') + ";",
+                                               std::string(300, 'n') + ";"};
+  const std::vector<std::string> others = {"\n",    " \n",        "# comment\n",  ";\n",  "B;1\n",
+                                           "A ;\n", "A\n",        "A|KEYS;1\n",   "\r\n", std::string(1, '\0') + "\n",
+                                           "\t \n", "TABLE_0;\n", "TABLE_001;\n", "A",    ";"};
+  std::mt19937 random(20240504);
+  for (int run = 0; run < 150; ++run) {
+    std::string content;
+    const std::size_t widest = 1 + random() % (run % 10 == 0 ? 12000 : 90);
+    const std::size_t wanted = random() % 60000;
+    while (content.size() < wanted) {
+      const std::string& beginning = beginnings[random() % beginnings.size()];
+      for (auto lines = random() % 300; lines > 0; --lines) {
+        content +=
+            beginning + std::string(random() % widest, "xA;"[random() % 3]) + (random() % 64 == 0 ? "\r\n" : "\n");
+      }
+      content += others[random() % others.size()];
+    }
+    for (const XelVectorLevel level : {XelVectorLevel::Plain, XelVectorLevel::Bytes16, XelVectorLevel::Bytes32}) {
+      const AtVectorLevel taken(level);
+      expectTheSameDirectory(content, {true, run % 4 == 0 ? "; " : ";", run % 16 == 1 ? 'A' : '#'});
+      if (HasFatalFailure()) return;
+    }
   }
 }
 
