@@ -27,8 +27,11 @@ class XelCsvStretch {
   // How many of the lines that follow begin at an offset of at most last.
   long countUpTo(long last) const noexcept;
 
-  // How many bytes there are to look at from the line number index on, those behind the stretch included.
-  long getReadable(long index) const noexcept { return end - getLine(index); }
+  // How many of the first lines of those that follow have so many bytes to look at, those behind the line included.
+  long countReadable(long lines, long reach) const noexcept {
+    while (lines > 0 && end - getLine(lines - 1) < reach) --lines;
+    return lines;
+  }
 
   // The file goes on behind this number of lines.
   void goOn(long lines) noexcept;

@@ -8,9 +8,9 @@ namespace {
 
 // The first of the lines that follow which does not begin so; their number when all do.
 long countRun(const XelCsvStretch& stretch, long lines, const XelCsvBeginning& beginning) noexcept {
-  while (lines > 0 && stretch.getReadable(lines - 1) < beginning.getReach()) --lines;
+  const long readable = stretch.countReadable(lines, beginning.getReach());
   long index = 0;
-  while (index < lines && beginning.isAt(stretch.getLine(index))) ++index;
+  while (index < readable && beginning.isAt(stretch.getLine(index))) ++index;
   return index;
 }
 

@@ -55,6 +55,9 @@ class XelCsvScan {
   long getOffset() const noexcept { return offset; }
   long getLineNumber() const noexcept { return lineNumber; }
 
+  // The caller has gone behind this number of lines in the file that it opened.
+  void passOver(long passed) noexcept { lineNumber += passed; }
+
  private:
   // A field of the formatted line without the spaces around it.
   XelCsvSpan getTrimmed(long position) const noexcept;

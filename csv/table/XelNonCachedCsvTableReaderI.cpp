@@ -1,8 +1,83 @@
 #include "csv/table/XelNonCachedCsvTableReaderI.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
+#include "csv/line/XelCsvBeginning.h"
+#include "csv/line/XelCsvStretch.h"
+#include "csv/table/XelCsvGlance.h"
 #include "csv/table/XelCsvScan.h"
+
+namespace {
+
+bool isDataLine(const XelCsvStretch& stretch, long index, char comment) noexcept {
+  const char* const line = stretch.getLine(index);
+  return *line != comment && !XelIsEmptyLine(line, stretch.getLine(index + 1));
+}
+
+// Number of whole lines that follow in memory and begin in the table's region.
+long countLinesOf(const XelCsvTableReaderI& table, XelCsvStretch& stretch) noexcept {
+  stretch.find();
+  return stretch.countUpTo(table.getEndOffset());
+}
+
+// Lines of a search that need not be read: their key is another, and nothing about them is amiss.
+//
+// With one key column a line cannot have too few fields for its keys. When that is its first field, it has it. When it is
+// the second, a line is passed over only when its first field is, with the separator behind it, byte by byte that of a
+// line that was read and is the table's own.
+class PassedOver {
+ public:
+  PassedOver(const XelCsvTableReaderI& searched, XelCsvLines& read, const char* key) noexcept
+      : table(searched), stretch(read), glance(table.getReader()->getFormat(), key) {
+    position = table.getNumberOfKeys() == 1 && glance.isUsable() ? table.getKeyPosition(0) : -1;
+  }
+
+  // Goes behind such lines and answers their number. The last data line known is never among them: when no other comes,
+  // the table's number of fields is that of this line.
+  long goOn() noexcept {
+    const bool isReady = position == 0 || (position == 1 && !beginning.isEmpty());
+    if (!isReady) return 0;
+    long lines = countLinesOf(table, stretch) - 1;
+    while (lines > 0 && !isDataLine(stretch, lines, table.getReader()->getComment())) --lines;
+    lines = stretch.countReadable(lines, beginningLength + glance.getReach());
+    long index = 0;
+    while (index < lines && isOther(stretch.getLine(index))) ++index;
+    stretch.goOn(index);
+    return index;
+  }
+
+  // Learns from the first field of a raw line of the table.
+  void learn(const XelCsvSpan& line) noexcept {
+    if (position != 1) return;
+    const XelCsvFormat& format = table.getReader()->getFormat();
+    const XelCsvSpan field = XelFirstField(line.begin, line.end, format);
+    const auto isQuote = [&](char byte) { return format.getClass(byte) == XelByteClass::Quote; };
+    const bool isSimple =
+        field.end != line.end && format.isSeparator(*field.end) && std::none_of(field.begin, field.end, isQuote);
+    if (!isSimple || !beginning.set(field.begin, field.end + 1)) beginning.clear();
+    beginningLength = field.getLength() + 1;
+  }
+
+ private:
+  bool isOther(const char* line) const noexcept {
+    if (position == 0) return glance.isOther(line);
+    return beginning.isAt(line) && glance.isOther(line + beginningLength);
+  }
+
+  const XelCsvTableReaderI& table;
+  XelCsvStretch stretch;
+  XelCsvGlance glance;
+  XelCsvBeginning beginning;
+  long beginningLength = 0;
+  long position = -1;  // of the one key column; -1 when every line is read
+};
+
+// What the first byte of a line says: whether the line is a data line.
+enum class FirstByte : unsigned char { No, Yes, Unsure };
+
+}  // namespace
 
 // Tests of what is kept here: GetLineByNumberScanning.OnePastTheEndYieldsTheNextTablesLine,
 // GetLineByNumberScanning.PastTheEndOfTheFileYieldsTheLastLineFormattedAgain.
@@ -47,8 +122,12 @@ XelCsvLineI* XelNonCachedCsvTableReaderI::getLineByNumber(long number) {
 XelCsvLineI* XelNonCachedCsvTableReaderI::getLineByKey(const char* key) {
   if (key == nullptr) XelCsvErrors::noKeyScanned(getSite(), key);
   XelEnvBlock<char> owned(env, const_cast<char*>(key), static_cast<long>(std::strlen(key)) + 1);
-  XelCsvScan scan(this, "rb");
-  while (scan.next() && scan.isInside()) {
+  XelCsvLines lines(env);
+  openAt(lines, "rb", XelCsvReach::ManyLines, firstDataOffset);
+  XelCsvScan scan(this, lines);
+  PassedOver passedOver(*this, lines, key);
+  while (scan.passOver(passedOver.goOn()), scan.next() && scan.isInside()) {
+    const XelCsvSpan raw = lines.getLine();
     scan.format();
     // Kept: also a line of another table between the pieces of this one is asked for its number of fields.
     scan.checkNumberOfKeys();
@@ -58,20 +137,51 @@ XelCsvLineI* XelNonCachedCsvTableReaderI::getLineByKey(const char* key) {
       owned.release();
       return line;
     }
+    passedOver.learn(raw);
   }
   XelCsvErrors::noKeyScanned(getSite(), key);
 }
 
 long XelNonCachedCsvTableReaderI::getNumberOfItems() {
-  XelCsvScan scan(this, "rb");
+  XelCsvLines lines(env);
+  openAt(lines, "rb", XelCsvReach::ManyLines, firstDataOffset);
+  XelCsvScan scan(this, lines);
+  if (!isSplit()) return countDataLines(lines, scan);
   long count = 0;
   while (scan.next() && scan.isInside()) {
-    if (isSplit()) {
-      scan.format();
-      if (!scan.isOwn()) continue;
-    }
-    ++count;
+    scan.format();
+    if (scan.isOwn()) ++count;
   }
+  return count;
+}
+
+// Nothing is asked of a line but its first byte, and whether it is empty when that is a blank.
+long XelNonCachedCsvTableReaderI::countDataLines(XelCsvLines& lines, XelCsvScan& scan) const {
+  FirstByte isData[256];
+  std::fill(std::begin(isData), std::end(isData), FirstByte::Yes);
+  for (const char byte : {' ', '\t'}) isData[static_cast<unsigned char>(byte)] = FirstByte::Unsure;
+  for (const char byte : {'\n', '\r', '\0', reader->getComment()}) {
+    isData[static_cast<unsigned char>(byte)] = FirstByte::No;
+  }
+  XelCsvStretch stretch(lines);
+  const auto countAhead = [&] {
+    long count = 0;
+    for (;;) {
+      const long known = countLinesOf(*this, stretch);
+      if (known == 0) return count;
+      for (long index = 0; index < known; ++index) {
+        const FirstByte found = isData[static_cast<unsigned char>(*stretch.getLine(index))];
+        if (found == FirstByte::Unsure) {
+          count += isDataLine(stretch, index, reader->getComment()) ? 1 : 0;
+        } else {
+          count += static_cast<long>(found);
+        }
+      }
+      stretch.goOn(known);
+    }
+  };
+  long count = countAhead();
+  while (scan.next() && scan.isInside()) count += 1 + countAhead();
   return count;
 }
 

@@ -4,6 +4,8 @@
 #include "csv/table/XelCsvTableReaderI.h"
 #include "xelcsv/XelCsvIteratorI.h"
 
+class XelCsvScan;
+
 // Each lookup opens the file, reads the table's lines from the first one on until it has what it looks for, and closes
 // the file. Its cost grows with the bytes before the line.
 class XelNonCachedCsvTableReaderI : public XelCsvTableReaderI {
@@ -31,4 +33,7 @@ class XelNonCachedCsvTableReaderI : public XelCsvTableReaderI {
 
   void clearTable() override;
   void copy(XelCsvTableReaderI* other) override;
+
+ private:
+  long countDataLines(XelCsvLines& lines, XelCsvScan& scan) const;
 };
