@@ -9,29 +9,35 @@ constexpr long FirstSize = 64;
 
 }  // namespace
 
-void XelCsvKey::append(const char* from, long count) {
-  if (count == 0) return;
-  if (length + count > text.getCount()) {
-    XelEnvBlock<char> larger(env, std::max({FirstSize, 2 * text.getCount(), length + count}));
-    if (length > 0) std::memcpy(larger.get(), text.get(), static_cast<std::size_t>(length));
-    text = std::move(larger);
-  }
-  std::memcpy(text.get() + length, from, static_cast<std::size_t>(count));
-  length += count;
+void XelCsvKey::grow(long count) {
+  XelEnvBlock<char> larger(env, std::max({FirstSize, 2 * text.getCount(), length + count}));
+  if (length > 0) std::memcpy(larger.get(), text.get(), static_cast<std::size_t>(length));
+  text = std::move(larger);
 }
 
-void XelCsvKey::add(const XelCsvSpan& value) {
-  if (values > 0) append("-", 1);
-  append(value.begin, value.getLength());
-  ++values;
-}
-
+// The values are measured first, so that the key is written straight into its block.
 XelEnvBlock<char> XelComposeKey(XelEnv env, long numberOfKeys, const char* first, std::va_list others) {
-  XelCsvKey key(env);
+  std::va_list measured;
+  va_copy(measured, others);
+  std::size_t size = 0;
+  bool isWhole = true;
+  for (long position = 0; position < numberOfKeys && isWhole; ++position) {
+    const char* value = position == 0 ? first : va_arg(measured, const char*);
+    isWhole = value != nullptr;
+    if (isWhole) size += std::strlen(value) + 1;  // with the "-" behind it, or the terminator
+  }
+  va_end(measured);
+  if (!isWhole) return {};
+
+  XelEnvBlock<char> key(env, std::max(static_cast<long>(size), 1L));
+  char* at = key.get();
   for (long position = 0; position < numberOfKeys; ++position) {
     const char* value = position == 0 ? first : va_arg(others, const char*);
-    if (value == nullptr) return {};
-    key.add({value, value + std::strlen(value)});
+    const std::size_t length = std::strlen(value);
+    if (position > 0) *at++ = '-';
+    std::memcpy(at, value, length);
+    at += length;
   }
-  return key.copy();
+  *at = '\0';
+  return key;
 }

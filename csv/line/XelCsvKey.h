@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstring>
 
 #include "csv/line/XelCsvText.h"
 #include "env/XelEnvOwned.h"
@@ -14,17 +15,23 @@ class XelCsvKey {
   // Begins a new key, which is empty until values come.
   void clear() noexcept { length = values = 0; }
 
-  // Appends a value. Throws std::bad_alloc.
-  void add(const XelCsvSpan& value);
+  // Appends a value. Throws std::bad_alloc, the key is as before then.
+  void add(const XelCsvSpan& value) {
+    const long count = value.getLength();
+    const long joint = values > 0 ? 1 : 0;
+    if (length + joint + count > text.getCount()) grow(joint + count);
+    if (joint > 0) text[length] = '-';
+    if (count > 0) std::memcpy(text.get() + length + joint, value.begin, static_cast<std::size_t>(count));
+    length += joint + count;
+    ++values;
+  }
 
   // The key so far.
   XelCsvSpan getText() const noexcept { return {text.get(), text.get() + length}; }
 
-  // The key in an environment string of exactly its length + 1 bytes. Throws std::bad_alloc.
-  XelEnvBlock<char> copy() const { return XelCopyString(env, text.get(), length); }
-
  private:
-  void append(const char* from, long count);
+  // Makes room for count bytes more.
+  void grow(long count);
 
   XelEnv env;
   XelEnvBlock<char> text;
@@ -32,6 +39,7 @@ class XelCsvKey {
   long values = 0;
 };
 
-// The key of numberOfKeys values that a caller gave: first, then the ones of the list, each a const char*. No block
-// when one of the values is null, for no line has such a key. With 0 keys no value is looked at. Throws std::bad_alloc.
+// The key of numberOfKeys values that a caller gave: first, then the ones of the list, each a const char*; in a block of
+// exactly its length + 1 bytes. No block when one of the values is null, for no line has such a key. With 0 keys no value
+// is looked at. Throws std::bad_alloc.
 XelEnvBlock<char> XelComposeKey(XelEnv env, long numberOfKeys, const char* first, std::va_list others);

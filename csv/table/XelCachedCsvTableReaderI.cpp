@@ -2,25 +2,21 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
+#include <typeinfo>
 #include <utility>
 
 #include "csv/errors/XelCsvOpen.h"
 #include "csv/line/XelCsvLineI.h"
+#include "csv/line/XelCsvOneLine.h"
 #include "csv/table/XelCsvScan.h"
 
 XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelEnv environment)
-    : XelCsvTableReaderI(environment),
-      lineOffsets(environment, XeldReaderHashFunction, XeldReaderCmpFunction, XelBucketCount) {
-  // Last, for an array does not end by itself when something after it throws.
-  lineKeys = XelArray<const char*>(environment, 0);
-}
+    : XelCsvTableReaderI(environment), index(environment) {}
 
 XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName,
                                                    const OffsetAndLineNumber* start, Unindexed)
-    : XelCsvTableReaderI(fileReader, tableName, start),
-      lineOffsets(env, XeldReaderHashFunction, XeldReaderCmpFunction, XelBucketCount) {
-  lineKeys = XelArray<const char*>(env, 0);
-}
+    : XelCsvTableReaderI(fileReader, tableName, start), index(env) {}
 
 XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName,
                                                    const OffsetAndLineNumber* start)
@@ -29,10 +25,7 @@ XelCachedCsvTableReaderI::XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, co
   if (getOpenError() == 0 && !XelHasOpenErrorText(errno)) makeIndex();
 }
 
-XelCachedCsvTableReaderI::~XelCachedCsvTableReaderI() {
-  clearCachedTable();
-  lineKeys.end();
-}
+XelCachedCsvTableReaderI::~XelCachedCsvTableReaderI() { clearCachedTable(); }
 
 void XelCachedCsvTableReaderI::makeIndex() {
   if (!tryOpen(file)) return;
@@ -44,26 +37,47 @@ void XelCachedCsvTableReaderI::makeIndex() {
 long XelCachedCsvTableReaderI::stockLineOffsets(XelCsvLines& lines) {
   XelCsvScan scan(this, lines);
   XelCsvKey key(env);
-  while (scan.next() && scan.isInside()) {
-    scan.format();
-    if (isSplit() && !scan.isOwn()) continue;
-    scan.checkNumberOfKeys();
-    scan.composeKey(key);
-    XelEnvBlock<char> copy = key.copy();
-    lineKeys.add(copy.get());
-    const char* listed = copy.release();
-    XelEnvBlock<OffsetAndLineNumber> record(env, 1);
-    record[0] = {scan.getOffset(), scan.getLineNumber()};
-    // Kept: the duplicated key is in the list, and counts as an item, but it has no record (test:
-    // CachedTable.DuplicatedKeyIsTheLastKeyAndHasNoRecord).
-    if (addLineOffset(listed, record.get()) == 0) return 1;
-    record.release();
+  index.expect(firstDataOffset, endOffset);
+  bool isNew = true;
+  try {
+    while (isNew && scan.next() && scan.isInside()) {
+      scan.format();
+      if (isSplit() && !scan.isOwn()) continue;
+      scan.checkNumberOfKeys();
+      isNew = addLine(scan.composeKey(key), {scan.getOffset(), scan.getLineNumber()});
+    }
+    isNew = isNew && index.settle();
+  } catch (const std::bad_alloc&) {
+    index.settle();
+    throw;
+  } catch (...) {
+    // A line before the one that cannot be indexed may still turn out to be a duplicate, where the index ends then.
+    if (index.settle()) throw;
+    isNew = false;
   }
-  return 0;
+  index.trim();
+  if (isNew) return 0;
+  // The index noticed some lines late. Reading the duplicated line again leaves file and table as it left them.
+  if (lines.seek(index.getLine(index.getSize() - 1).start.offset) && lines.read()) scan.format();
+  return 1;
+}
+
+// False when there is a line with this key, or one of the lines before had a duplicated key.
+//
+// Kept: the duplicated key is in the list, and counts as an item, but it has no record (test:
+// CachedTable.DuplicatedKeyIsTheLastKeyAndHasNoRecord).
+bool XelCachedCsvTableReaderI::addLine(const XelCsvSpan& key, const OffsetAndLineNumber& start) {
+  if (!index.add(key, start)) return false;
+  if (added.get() == nullptr) return true;
+  return index.settle() && added->findItem(getLineKey(index.getSize() - 1)) == nullptr;
 }
 
 long XelCachedCsvTableReaderI::addLineOffset(const char* key, OffsetAndLineNumber* record) {
-  return lineOffsets.add(key, record) == 0 ? 1 : 0;
+  if (index.find(key) != nullptr) return 0;
+  if (added.get() == nullptr) {
+    added = XelNew<AddedLines>(env, env, XeldReaderHashFunction, XeldReaderCmpFunction, XelBucketCount);
+  }
+  return added->add(key, record) == 0 ? 1 : 0;
 }
 
 XelCsvLineI* XelCachedCsvTableReaderI::getLineByNumber(long number) {
@@ -78,40 +92,49 @@ XelCsvLineI* XelCachedCsvTableReaderI::getLineByKey(const char* key) {
   XelEnvBlock<char> owned(env, const_cast<char*>(key), static_cast<long>(std::strlen(key)) + 1);
   const OffsetAndLineNumber* record = getOffsetAndLineNumber(key);
   if (record == nullptr) XelCsvErrors::noKeyIndexed(getSite(), key);
-  XelCsvLines lines(env);
-  open(lines, "r", XelCsvReach::OneLine);
-  if (!lines.seek(record->offset)) XelCsvErrors::noKeyIndexed(getSite(), key);
+  XelCsvFile opened;
+  const int error = opened.open(reader->getFileName(), "r");
+  if (error != 0) XelThrowOpenError(error, reader->getFileName());
+  if (!opened.seek(record->offset)) XelCsvErrors::noKeyIndexed(getSite(), key);
   XelEnvBlock<char> text(env, XelLineSize);
-  lines.read();  // what cannot be read any more is an empty line
-  formatLine(lines.getLine(), text.get(), nullptr);
+  const long length = XelReadOneLine(opened, text.get());  // what cannot be read any more is an empty line
+  formatLine({text.get(), text.get() + length}, text.get(), nullptr);
   XelEnvOwner<XelCsvLineI> line = XelNew<XelCsvLineI>(env, std::move(text), this, record->lineNumber);
   owned.release();
   return line.release();
 }
 
-long XelCachedCsvTableReaderI::getNumberOfItems() { return reader == nullptr ? 0 : lineKeys.getSize(); }
+long XelCachedCsvTableReaderI::getNumberOfItems() { return reader == nullptr ? 0 : index.getSize(); }
 
 OffsetAndLineNumber* XelCachedCsvTableReaderI::getOffsetAndLineNumber(const char* key) const {
+  if (key == nullptr) return nullptr;
   OffsetAndLineNumber* record = nullptr;
-  if (key != nullptr) lineOffsets.find(key, record);
-  return record;
+  if (added.get() != nullptr) added->find(key, record);
+  return record != nullptr ? record : index.find(key);
 }
 
-const char* XelCachedCsvTableReaderI::getLineKey(long index) const noexcept {
-  return index >= 0 && index < lineKeys.getSize() ? lineKeys[index] : nullptr;
+const OffsetAndLineNumber* XelCachedCsvTableReaderI::getLineStart(long number) const {
+  // A derived class may look keys up in another way.
+  const bool isAsListed =
+      index.isComplete() && added.get() == nullptr && typeid(*this) == typeid(XelCachedCsvTableReaderI);
+  if (isAsListed && number >= 0 && number < index.getSize()) return &index.getLine(number).start;
+  return getOffsetAndLineNumber(getLineKey(number));
+}
+
+const char* XelCachedCsvTableReaderI::getLineKey(long number) const noexcept {
+  return number >= 0 && number < index.getSize() ? index.getLine(number).getKey() : nullptr;
 }
 
 const char* XelCachedCsvTableReaderI::getDuplicatedKey() const noexcept {
-  return duplicatedLine == 0 ? nullptr : getLineKey(lineKeys.getSize() - 1);
+  return duplicatedLine == 0 ? nullptr : getLineKey(index.getSize() - 1);
 }
 
 void XelCachedCsvTableReaderI::clearCachedTable() noexcept {
-  for (long index = 0; index < lineKeys.getSize(); ++index) XelFreeString(env, lineKeys[index]);
-  lineKeys.clear();
-  for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&lineOffsets); it.ok(); ++it) {
-    XelFree(env, *it);
+  index.clear();
+  if (added.get() != nullptr) {
+    for (AddedLines::Iterator it(added.get()); it.ok(); ++it) XelFree(env, *it);
   }
-  lineOffsets.clear();
+  added = XelEnvOwner<AddedLines>();
   duplicatedLine = 0;
 }
 
@@ -137,23 +160,18 @@ void XelCachedCsvTableReaderI::copy(XelCsvTableReaderI* other) {
   if (cached != nullptr) fresh.copyIndex(cached);
   clearTable();
   swapTable(fresh);
-  std::swap(lineKeys, fresh.lineKeys);
-  lineOffsets.swap(fresh.lineOffsets);
+  index.swap(fresh.index);
+  std::swap(added, fresh.added);
 }
 
 // Whether the source had met a duplicated key is not copied.
 void XelCachedCsvTableReaderI::copyIndex(XelCachedCsvTableReaderI* other) {
   const long items = other->getNumberOfItems();
-  for (long index = 0; index < items; ++index) {
-    const char* key = other->getLineKey(index);
-    if (key == nullptr) return;  // a derived class counts more items than there are
-    XelEnvBlock<char> copy = XelCopyString(env, key);
-    lineKeys.add(copy.get());
-    const char* listed = copy.release();
-    const OffsetAndLineNumber* record = other->getOffsetAndLineNumber(key);
-    if (record == nullptr) continue;
-    XelEnvBlock<OffsetAndLineNumber> newRecord(env, 1);
-    newRecord[0] = *record;
-    if (addLineOffset(listed, newRecord.get()) != 0) newRecord.release();
+  index.expect(firstDataOffset, endOffset);
+  for (long number = 0; number < items; ++number) {
+    const char* key = other->getLineKey(number);
+    if (key == nullptr) break;  // a derived class counts more items than there are
+    index.list({key, key + std::strlen(key)}, other->getLineStart(number));
   }
+  index.trim();
 }

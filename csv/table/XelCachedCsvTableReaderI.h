@@ -1,6 +1,7 @@
 // Reader of a table that keeps an index of its data lines in memory.
 #pragma once
 
+#include "csv/table/XelCsvIndex.h"
 #include "csv/table/XelCsvTableReaderI.h"
 #include "xelcsv/XelCsvIteratorI.h"
 
@@ -29,7 +30,7 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   // Number of keys; 0 for a reader of no table. A duplicated key counts.
   long getNumberOfItems() override;
 
-  // Where a line begins, by its key; null when there is none.
+  // Where a line begins, by its key; null when there is none. It stays until the index is cleared.
   OffsetAndLineNumber* getOffsetAndLineNumber(const char* key) const override;
 
   // Gives back all keys and records; the index is empty then.
@@ -41,12 +42,17 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   // at a duplicated key, which is then the last key of the list, else 0.
   long stockLineOffsets(XelCsvLines& lines);
 
-  // Adds a key of the list with its record to the index. Answers 0 when an equal key is there (the first record stays
-  // and the given one is still the caller's), else 1.
+  // Lets a key be found that no line of the list need have; the key must live as long as the index. Answers 1, the record
+  // is the index's then, or 0 when an equal key is there: the first record stays, the given one is still the caller's.
+  // Throws std::bad_alloc.
   long addLineOffset(const char* key, OffsetAndLineNumber* record);
 
-  // Key number index in file order; null when there is none.
-  const char* getLineKey(long index) const noexcept;
+  // Where a line begins, by its number in file order, but found by its key; null when there is none. Asks
+  // getOffsetAndLineNumber() only where that may answer otherwise than the list.
+  const OffsetAndLineNumber* getLineStart(long number) const;
+
+  // Key of a line by its number in file order; null when there is none.
+  const char* getLineKey(long number) const noexcept;
 
   // The key at which the indexing stopped because an earlier line has it; null when there is none.
   const char* getDuplicatedKey() const noexcept;
@@ -58,10 +64,13 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   XelCachedCsvTableReaderI(XelCsvReaderI* fileReader, const char* tableName, const OffsetAndLineNumber* start,
                            Unindexed);
 
+  using AddedLines = XelEnvHashTable<const char*, OffsetAndLineNumber*>;
+
   void makeIndex();
+  bool addLine(const XelCsvSpan& key, const OffsetAndLineNumber& start);
   void copyIndex(XelCachedCsvTableReaderI* other);
 
-  XelArray<const char*> lineKeys;
-  XelEnvHashTable<const char*, OffsetAndLineNumber*> lineOffsets;
+  XelCsvIndex index;
+  XelEnvOwner<AddedLines> added;  // by addLineOffset(), made by its first call
   long duplicatedLine = 0;
 };

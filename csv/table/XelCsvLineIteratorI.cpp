@@ -157,9 +157,8 @@ XelCsvLineI* XelCachedCsvLineIteratorI::getLine() const { return walk == nullptr
 void XelCachedCsvLineIteratorI::readLine(const char* mode) {
   try {
     if (walk == nullptr) walk = XelNew<XelCsvWalk>(table->getEnv(), table, mode).release();
-    const char* key = table->getLineKey(index);
-    const OffsetAndLineNumber* record = table->getOffsetAndLineNumber(key);
-    if (record == nullptr) XelCsvErrors::noKeyIterated(table->getSite(), key);
+    const OffsetAndLineNumber* record = table->getLineStart(index);
+    if (record == nullptr) XelCsvErrors::noKeyIterated(table->getSite(), table->getLineKey(index));
     offset = record->offset;
     if (!walk->seek(offset)) XelCsvErrors::corruptedIndexedTable(table->getSite());
     walk->readLine(record->lineNumber);

@@ -37,8 +37,9 @@ void XelCsvScan::format() {
 bool XelCsvScan::formatAgain() noexcept { return table->formatAgain(text.get(), fields.get()); }
 
 XelCsvSpan XelCsvScan::getTrimmed(long position) const noexcept {
-  const char* field = fields[position];
-  return XelTrimmed(field, field + std::strlen(field));
+  const bool isLast = position + 1 == table->getNumberOfFields();
+  const char* end = isLast ? text.get() + table->getLineLength() : fields[position + 1];
+  return XelTrimmed(fields[position], end - 1);
 }
 
 bool XelCsvScan::isOwn() const noexcept { return table->isOwnName(getTrimmed(0)); }
@@ -49,13 +50,18 @@ void XelCsvScan::checkNumberOfKeys() const {
   if (count < keys) XelCsvErrors::tooFewFieldsForKeys(table->getSite(), keys, count, lineNumber);
 }
 
-void XelCsvScan::composeKey(XelCsvKey& key) const {
+XelCsvSpan XelCsvScan::getKeyValue(long key) const {
+  const long position = table->getKeyPosition(key);
+  table->checkKeyField(position, table->getNumberOfFields(), lineNumber);
+  return getTrimmed(position);
+}
+
+XelCsvSpan XelCsvScan::composeKey(XelCsvKey& key) const {
+  const long keys = table->getNumberOfKeys();
+  if (keys == 1) return getKeyValue(0);
   key.clear();
-  for (long index = 0; index < table->getNumberOfKeys(); ++index) {
-    const long position = table->getKeyPosition(index);
-    table->checkKeyField(position, table->getNumberOfFields(), lineNumber);
-    key.add(getTrimmed(position));
-  }
+  for (long index = 0; index < keys; ++index) key.add(getKeyValue(index));
+  return key.getText();
 }
 
 bool XelCsvScan::hasKey(const char* key) const {

@@ -40,8 +40,9 @@ class XelCsvScan {
   // Throws XelCsvReaderException when the formatted line has fewer fields than the table has key columns.
   void checkNumberOfKeys() const;
 
-  // Composes the formatted line's key. Throws XelFieldNotFoundException when it lacks a key field, std::bad_alloc.
-  void composeKey(XelCsvKey& key) const;
+  // The formatted line's key, which stays until another line is formatted or key is used again: one value lies in the
+  // line, several are joined in key. Throws XelFieldNotFoundException when the line lacks a key field, std::bad_alloc.
+  XelCsvSpan composeKey(XelCsvKey& key) const;
 
   // Whether the formatted line has this key. Throws XelFieldNotFoundException when it lacks a key field, whether or not
   // the fields before it match.
@@ -61,6 +62,9 @@ class XelCsvScan {
  private:
   // A field of the formatted line without the spaces around it.
   XelCsvSpan getTrimmed(long position) const noexcept;
+
+  // The same of a key field. Throws XelFieldNotFoundException.
+  XelCsvSpan getKeyValue(long key) const;
 
   XelCsvTableReaderI* table;
   XelPaddedFormatter* padded;

@@ -161,6 +161,101 @@ TEST(CachedTable, AddLineOffsetKeepsTheFirstRecordOfAKey) {
   EXPECT_EQ(table->getOffsetAndLineNumber("key")->offset, 7);
 }
 
+TEST(CachedTable, AddLineOffsetKeepsTheVeryRecordAndClearTableGivesItBack) {
+  OpenTable open("a,1\nb,2\n", Kind::Cached);
+  XelCachedCsvTableReaderI* table = implOf(open);
+  XelEnvBlock<OffsetAndLineNumber> record(open.env, 1);
+  record[0] = {4, 77};
+  EXPECT_EQ(table->addLineOffset("a-1", record.get()), 0);  // the list has it
+  EXPECT_EQ(table->addLineOffset("c", record.get()), 1);
+  OffsetAndLineNumber* kept = record.release();
+  EXPECT_EQ(table->getOffsetAndLineNumber("c"), kept);
+  EXPECT_EQ(open.getByKey("a", "1"), "0: [a][1]");
+  EXPECT_EQ(outcomeOf([&]() -> std::string {
+              const char* key = XelCopyString(open.env, "c").release();
+              const XelEnvOwner<XelCsvLineI> line(table->getLineByKey(key));
+              XelFreeString(open.env, key);
+              return textOf(XelCsvLine(line.get()));
+            }),
+            "77: [b][2]");
+  // It is no line of the table.
+  EXPECT_EQ(open.table.getNumberOfItems(), 2);
+  EXPECT_EQ(open.getAll(), (Lines{"0: [a][1]", "1: [b][2]"}));
+  XelCachedCsvTableReaderI copied(open.env);
+  copied.copy(table);
+  EXPECT_EQ(copied.getOffsetAndLineNumber("c"), nullptr);
+  EXPECT_EQ(copied.getOffsetAndLineNumber("b-2")->offset, 4);
+  table->clearTable();
+  EXPECT_EQ(table->getOffsetAndLineNumber("c"), nullptr);
+}
+
+TEST(CachedTable, ALineThatAddLineOffsetAddedIsADuplicateForTheLinesOfTheFile) {
+  OpenTable open("a\nb\nc\nd\n", Kind::Cached);
+  XelCachedCsvTableReaderI* table = implOf(open);
+  table->clearCachedTable();
+  XelEnvBlock<OffsetAndLineNumber> record(open.env, 1);
+  record[0] = {100, 50};
+  ASSERT_EQ(table->addLineOffset("c", record.get()), 1);
+  record.release();
+  XelCsvLines lines(open.env);
+  ASSERT_EQ(lines.open(open.file.getName(), "rb", XelCsvReach::ManyLines), 0);
+  EXPECT_EQ(table->stockLineOffsets(lines), 1);
+  EXPECT_EQ(table->getNumberOfItems(), 3);
+  EXPECT_STREQ(table->getLineKey(2), "c");
+  EXPECT_EQ(table->getOffsetAndLineNumber("c")->lineNumber, 50);
+  EXPECT_EQ(table->getOffsetAndLineNumber("d"), nullptr);
+  EXPECT_EQ(lines.getOffset(), 6);
+}
+
+TEST(CachedTable, ADuplicateEndsTheIndexThoughALineBehindItIsDefective) {
+  // The duplicate is noticed when lines behind it have been read; none of them counts.
+  for (long between = 0; between < 40; ++between) {
+    SCOPED_TRACE(between);
+    std::string content = "T|KEYS,0,1\nT,a,1\nT,b,1,x\n";
+    for (long number = 0; number < between; ++number) content += "T,c," + std::to_string(number) + ",y,z\n";
+    TestEnv env;
+    DataFile file(content + "T\n");
+    XelCsvReader reader = openReader(env, file, Kind::Cached, true);
+    EXPECT_XEL_THROW(reader.getTableByName("T"), XelCsvReader::XelDuplicatedLineException,
+                     "XelCsvReader::XelDuplicatedLineException : Another line with key  1 already exists In Table T .");
+    {
+      const XelEnvOwner<XelCachedCsvTableReaderI> table = makeTable(reader, "T");
+      EXPECT_EQ(table->getNumberOfItems(), 2);
+      // The table's number of fields and length are those of the duplicated line.
+      EXPECT_EQ(table->getNumberOfFields(), 4);
+      EXPECT_EQ(table->getLineLength(), 8);
+      table->clearCachedTable();
+      XelCsvLines lines(env);
+      ASSERT_EQ(lines.open(file.getName(), "rb", XelCsvReach::ManyLines), 0);
+      ASSERT_TRUE(lines.seek(table->getFirstDataOffset()));
+      EXPECT_EQ(table->stockLineOffsets(lines), 1);
+      EXPECT_EQ(lines.getOffset(), 25);
+      EXPECT_EQ(table->getOffsetAndLineNumber("1")->lineNumber, 1);
+    }
+    reader.end();
+  }
+}
+
+TEST(CachedTable, ADefectiveLineLeavesTheLinesBeforeItInTheIndex) {
+  for (long before = 1; before < 40; ++before) {
+    std::string content;
+    for (long number = 0; number < before; ++number) content += std::to_string(number) + ",x\n";
+    OpenTable open(content, Kind::Cached);
+    XelCachedCsvTableReaderI* table = implOf(open);
+    table->clearCachedTable();
+    open.file.write(content + "short\n1000,x\n");
+    // The region ends where the file ended; the defective line begins there.
+    XelCsvLines lines(open.env);
+    ASSERT_EQ(lines.open(open.file.getName(), "rb", XelCsvReach::ManyLines), 0);
+    EXPECT_THROW(table->stockLineOffsets(lines), XelCsvReader::XelCsvReaderException);
+    ASSERT_EQ(table->getNumberOfItems(), before);
+    for (long number = 0; number < before; ++number) {
+      const std::string key = std::to_string(number) + "-x";
+      EXPECT_EQ(table->getOffsetAndLineNumber(key.c_str())->lineNumber, number);
+    }
+  }
+}
+
 TEST(ClearTable, LeavesAnEmptyUsableCachedTable) {
   OpenTable open("T|NAMES,a,b\nT|KEYS,1,0\nT,x,1\nT,y,2\n", Kind::Cached, "T");
   EXPECT_EQ(open.getByKey("y"), "3: [T][y][2]");

@@ -1,0 +1,169 @@
+#include "csv/table/XelCsvIndex.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "csv/table/XelKeyHash.h"
+
+namespace {
+
+constexpr int PlaceBits = XelCsvKeyList::PlaceBits;
+constexpr std::uint64_t PlaceMask = (std::uint64_t{1} << PlaceBits) - 1;
+
+constexpr long FirstSlots = 32;
+constexpr long MostGrowth = 16;  // at once, for the first lines may not tell how long the others are
+
+// Slots for a number of lines: 7 of 10 are taken then. With 8 of 10 taken there must be more; with less than 6 of 10
+// taken at the end there may be fewer.
+constexpr long getSlotsFor(long lines) noexcept { return lines + lines / 7 * 3 + FirstSlots; }
+constexpr bool isFull(long lines, long slots) noexcept { return lines >= slots / 10 * 8; }
+constexpr bool isWasteful(long lines, long slots) noexcept { return lines < (slots - FirstSlots) / 10 * 6; }
+
+constexpr std::uint64_t makeSlot(std::uint64_t hash, std::uint64_t place) noexcept {
+  return hash << PlaceBits | (place + 1);
+}
+constexpr std::uint64_t getHash(std::uint64_t slot) noexcept { return slot >> PlaceBits; }
+constexpr std::uint64_t getPlace(std::uint64_t slot) noexcept { return (slot & PlaceMask) - 1; }
+
+std::uint64_t hashOf(const char* key, long length) noexcept { return XelHashKey(key, length) >> PlaceBits; }
+
+// Asks for memory that will be written soon.
+inline void prefetch(const void* address) noexcept {
+#if defined(__GNUC__)
+  __builtin_prefetch(address, 1);
+#else
+  static_cast<void>(address);
+#endif
+}
+
+}  // namespace
+
+void XelCsvIndex::expect(long first, long last) noexcept {
+  firstOffset = first;
+  lastOffset = last;
+}
+
+bool XelCsvIndex::add(const XelCsvSpan& key, const OffsetAndLineNumber& start) {
+  if (lines.getSize() - settled == Delay && !insertOldest()) return false;
+  const std::uint64_t hash = hashOf(key.begin, key.getLength());
+  const long number = lines.getSize();
+  getPending(number) = {hash, lines.add(key, start)};
+  latestOffset = start.offset;
+  if (slots.get() != nullptr) prefetch(slots.get() + getHome(hash));
+  return true;
+}
+
+bool XelCsvIndex::settle() {
+  try {
+    while (settled < lines.getSize()) {
+      if (!insertOldest()) return false;
+    }
+  } catch (...) {
+    truncate(settled);
+    throw;
+  }
+  return true;
+}
+
+void XelCsvIndex::list(const XelCsvSpan& key, const OffsetAndLineNumber* start) {
+  makeRoom();
+  const Place place = lines.add(key, start == nullptr ? OffsetAndLineNumber{0, 0} : *start);
+  ++settled;
+  if (start == nullptr || !insert({hashOf(key.begin, key.getLength()), place})) complete = false;
+}
+
+// The line listed first of those without a slot. False when a line before it has its key.
+bool XelCsvIndex::insertOldest() {
+  makeRoom();
+  const bool isNew = insert(getPending(settled));
+  ++settled;
+  if (isNew) return true;
+  truncate(settled);
+  complete = false;
+  return false;
+}
+
+// Only where there is room.
+bool XelCsvIndex::insert(const Pending& line) {
+  const char* key = lines.at(line.place)->getKey();
+  const long count = slots.getCount();
+  long at = getHome(line.hash);
+  for (; slots[at] != 0; at = at + 1 == count ? 0 : at + 1) {
+    const Slot slot = slots[at];
+    if (getHash(slot) == line.hash && std::strcmp(lines.at(getPlace(slot))->getKey(), key) == 0) return false;
+  }
+  slots[at] = makeSlot(line.hash, line.place);
+  ++used;
+  return true;
+}
+
+OffsetAndLineNumber* XelCsvIndex::find(const char* key) const noexcept {
+  const long count = slots.getCount();
+  if (count == 0) return nullptr;
+  const std::uint64_t hash = hashOf(key, static_cast<long>(std::strlen(key)));
+  for (long at = getHome(hash); slots[at] != 0; at = at + 1 == count ? 0 : at + 1) {
+    const Slot slot = slots[at];
+    if (getHash(slot) != hash) continue;
+    XelCsvKeyedLine* line = lines.at(getPlace(slot));
+    if (std::strcmp(line->getKey(), key) == 0) return &line->start;
+  }
+  return nullptr;
+}
+
+void XelCsvIndex::makeRoom() {
+  const long count = slots.getCount();
+  if (count > 0 && !isFull(used, count)) return;
+  moveTo(getSlotsFor(std::max(2 * used, getExpected())));
+}
+
+// How many lines there will be when the others are as long as those so far; 0 when that cannot be told.
+long XelCsvIndex::getExpected() const noexcept {
+  const double passed = static_cast<double>(latestOffset) - static_cast<double>(firstOffset);
+  const double all = static_cast<double>(lastOffset) - static_cast<double>(firstOffset);
+  const double most = static_cast<double>(MostGrowth) * static_cast<double>(used);
+  if (passed <= 0 || all <= passed) return 0;
+  return static_cast<long>(std::min(all / passed * static_cast<double>(lines.getSize()), most));
+}
+
+void XelCsvIndex::moveTo(long slotCount) {
+  XelEnvBlock<Slot> former(env, slotCount);
+  std::fill_n(former.get(), slotCount, Slot{0});
+  std::swap(slots, former);
+  for (long from = 0; from < former.getCount(); ++from) {
+    if (former[from] == 0) continue;
+    long at = getHome(getHash(former[from]));
+    while (slots[at] != 0) at = at + 1 == slotCount ? 0 : at + 1;
+    slots[at] = former[from];
+  }
+}
+
+void XelCsvIndex::trim() {
+  if (isWasteful(used, slots.getCount())) moveTo(getSlotsFor(used));
+}
+
+void XelCsvIndex::truncate(long size) noexcept {
+  lines.truncate(size);
+  settled = size;
+}
+
+void XelCsvIndex::clear() noexcept {
+  truncate(0);
+  slots = XelEnvBlock<Slot>();
+  used = 0;
+  firstOffset = lastOffset = latestOffset = 0;
+  complete = true;
+}
+
+void XelCsvIndex::swap(XelCsvIndex& other) noexcept {
+  std::swap(env, other.env);
+  lines.swap(other.lines);
+  std::swap(slots, other.slots);
+  std::swap(used, other.used);
+  std::swap(settled, other.settled);
+  std::swap(pending, other.pending);
+  std::swap(firstOffset, other.firstOffset);
+  std::swap(lastOffset, other.lastOffset);
+  std::swap(latestOffset, other.latestOffset);
+  std::swap(complete, other.complete);
+}
