@@ -17,7 +17,7 @@ constexpr long MostGrowth = 16;  // at once, for the first lines may not tell ho
 // Slots for a number of lines: 7 of 10 are taken then. With 8 of 10 taken there must be more; with less than 6 of 10
 // taken at the end there may be fewer.
 constexpr long getSlotsFor(long lines) noexcept { return lines + lines / 7 * 3 + FirstSlots; }
-constexpr bool isFull(long lines, long slots) noexcept { return lines >= slots / 10 * 8; }
+constexpr long getMostUsed(long slots) noexcept { return slots / 10 * 8; }
 constexpr bool isWasteful(long lines, long slots) noexcept { return lines < (slots - FirstSlots) / 10 * 6; }
 
 constexpr std::uint64_t makeSlot(std::uint64_t hash, std::uint64_t place) noexcept {
@@ -112,9 +112,9 @@ OffsetAndLineNumber* XelCsvIndex::find(const char* key) const noexcept {
 }
 
 void XelCsvIndex::makeRoom() {
-  const long count = slots.getCount();
-  if (count > 0 && !isFull(used, count)) return;
-  moveTo(getSlotsFor(std::max(2 * used, getExpected())));
+  if (used < mostUsed) return;
+  const long expected = getExpected();
+  moveTo(getSlotsFor(expected > used + used / 8 ? expected : 2 * used));
 }
 
 // How many lines there will be when the others are as long as those so far; 0 when that cannot be told.
@@ -130,6 +130,7 @@ void XelCsvIndex::moveTo(long slotCount) {
   XelEnvBlock<Slot> former(env, slotCount);
   std::fill_n(former.get(), slotCount, Slot{0});
   std::swap(slots, former);
+  mostUsed = getMostUsed(slotCount);
   for (long from = 0; from < former.getCount(); ++from) {
     if (former[from] == 0) continue;
     long at = getHome(getHash(former[from]));
@@ -150,7 +151,7 @@ void XelCsvIndex::truncate(long size) noexcept {
 void XelCsvIndex::clear() noexcept {
   truncate(0);
   slots = XelEnvBlock<Slot>();
-  used = 0;
+  used = mostUsed = 0;
   firstOffset = lastOffset = latestOffset = 0;
   complete = true;
 }
@@ -160,6 +161,7 @@ void XelCsvIndex::swap(XelCsvIndex& other) noexcept {
   lines.swap(other.lines);
   std::swap(slots, other.slots);
   std::swap(used, other.used);
+  std::swap(mostUsed, other.mostUsed);
   std::swap(settled, other.settled);
   std::swap(pending, other.pending);
   std::swap(firstOffset, other.firstOffset);

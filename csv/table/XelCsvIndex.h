@@ -96,6 +96,7 @@ class XelCsvIndex {
   XelCsvKeyList lines;
   XelEnvBlock<Slot> slots;
   long used = 0;           // slots that are not free
+  long mostUsed = 0;       // with so many there must be more slots
   long settled = 0;        // lines of the list that are not pending
   Pending pending[Delay];  // number i at i % Delay
   long firstOffset = 0;

@@ -9,6 +9,9 @@ namespace {
 
 constexpr long Step = 8;  // the place of every eighth line is noted
 constexpr long FirstChunkRoom = 4;
+constexpr long FirstChunk = 512;
+constexpr long ChunksOfASize = 4;   // until they are doubled, so that the last one is a small part of all
+constexpr long SizesOfChunks = 10;  // up to 256 KiB
 
 }  // namespace
 
@@ -41,8 +44,7 @@ void XelCsvKeyList::addChunk(long least) {
     std::copy_n(chunks.get(), chunkCount, larger.get());
     chunks = std::move(larger);
   }
-  const long grown = chunkCount == 0 ? FirstChunk : std::min(2 * chunks[chunkCount - 1].size, LargestChunk);
-  const long bytes = std::max(grown, least);
+  const long bytes = std::max(FirstChunk << std::min(chunkCount / ChunksOfASize, SizesOfChunks - 1), least);
   chunks[chunkCount] = {static_cast<char*>(env.allocate(bytes)), bytes, 0};
   ++chunkCount;
 }

@@ -67,10 +67,8 @@ class XelCsvKeyList {
     long used;
   };
 
-  static constexpr int ByteBits = 15;  // of a place within its chunk
+  static constexpr int ByteBits = 15;  // of a place within its chunk: only a chunk of one line is larger than 256 KiB
   static constexpr long Unit = 8;
-  static constexpr long FirstChunk = 512;
-  static constexpr long LargestChunk = Unit << ByteBits;
 
   static long getChunk(Place place) noexcept { return static_cast<long>(place >> ByteBits); }
   static long getByte(Place place) noexcept { return static_cast<long>(place & ((Place{1} << ByteBits) - 1)) * Unit; }

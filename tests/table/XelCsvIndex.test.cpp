@@ -197,7 +197,7 @@ TEST(KeyList, ThatIsFullThrowsBadAllocAndKeepsWhatItHas) {
   XelCsvKeyList list(env, 2);
   long count = 0;
   EXPECT_THROW(for (;; ++count) list.add(spanOf(std::to_string(count)), {count, 0}), std::bad_alloc);
-  EXPECT_EQ(count, 512 / 24 + 1024 / 24);
+  EXPECT_EQ(count, 2 * (512 / 24));
   ASSERT_EQ(list.getSize(), count);
   for (long number = 0; number < count; ++number) EXPECT_EQ(list.get(number)->start.offset, number);
 }
@@ -378,8 +378,8 @@ TEST(Index, TakesFewBytesPerLine) {
       long keys = 0;
       for (long number = 0; number < count; ++number) keys += static_cast<long>(shape.makeKey(number).size());
       const long bytes = env.getAllocator().getBytesOut() - before;
-      // The last chunk of the list may be empty.
-      EXPECT_LE(bytes, keys + 40 * count + 256L * 1024) << shape.name;
+      // The last chunk of the list may be empty: a fifth of it at most.
+      EXPECT_LE(bytes, std::min(keys + 40 * count + 256L * 1024, (keys + 40 * count) * 5 / 4)) << shape.name;
       EXPECT_GT(bytes, keys + 24 * count) << shape.name;
     }
   }
