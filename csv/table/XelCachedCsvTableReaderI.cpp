@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
-#include <typeinfo>
 #include <utility>
 
 #include "csv/errors/XelCsvOpen.h"
@@ -111,14 +110,6 @@ OffsetAndLineNumber* XelCachedCsvTableReaderI::getOffsetAndLineNumber(const char
   OffsetAndLineNumber* record = nullptr;
   if (added.get() != nullptr) added->find(key, record);
   return record != nullptr ? record : index.find(key);
-}
-
-const OffsetAndLineNumber* XelCachedCsvTableReaderI::getLineStart(long number) const {
-  // A derived class may look keys up in another way.
-  const bool isAsListed =
-      index.isComplete() && added.get() == nullptr && typeid(*this) == typeid(XelCachedCsvTableReaderI);
-  if (isAsListed && number >= 0 && number < index.getSize()) return &index.getLine(number).start;
-  return getOffsetAndLineNumber(getLineKey(number));
 }
 
 const char* XelCachedCsvTableReaderI::getLineKey(long number) const noexcept {

@@ -1,6 +1,8 @@
 // Reader of a table that keeps an index of its data lines in memory.
 #pragma once
 
+#include <typeinfo>
+
 #include "csv/table/XelCsvIndex.h"
 #include "csv/table/XelCsvTableReaderI.h"
 #include "xelcsv/XelCsvIteratorI.h"
@@ -49,7 +51,13 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
 
   // Where a line begins, by its number in file order, but found by its key; null when there is none. Asks
   // getOffsetAndLineNumber() only where that may answer otherwise than the list.
-  const OffsetAndLineNumber* getLineStart(long number) const;
+  const OffsetAndLineNumber* getLineStart(long number) const {
+    // A derived class may look keys up in another way.
+    const bool isAsListed =
+        index.isComplete() && added.get() == nullptr && typeid(*this) == typeid(XelCachedCsvTableReaderI);
+    if (isAsListed && number >= 0 && number < index.getSize()) return &index.getLine(number).start;
+    return getOffsetAndLineNumber(getLineKey(number));
+  }
 
   // Key of a line by its number in file order; null when there is none.
   const char* getLineKey(long number) const noexcept;

@@ -49,25 +49,13 @@ void XelCsvKeyList::addChunk(long least) {
   ++chunkCount;
 }
 
-XelCsvKeyedLine* XelCsvKeyList::get(long number) const noexcept {
-  lastPlace = findPlace(number);
-  lastNumber = number;
-  return at(lastPlace);
-}
-
 XelCsvKeyList::Place XelCsvKeyList::findPlace(long number) const noexcept {
-  if (number == lastNumber) return lastPlace;
-  if (number == lastNumber + 1 && lastNumber >= 0) return getNext(lastPlace);
   Place place = number < Step ? 0 : static_cast<Place>(eighths[number / Step - 1]);
   for (long others = number % Step; others > 0; --others) place = getNext(place);
   return place;
 }
 
-// Only for a line that another follows.
-XelCsvKeyList::Place XelCsvKeyList::getNext(Place place) const noexcept {
-  const long end = getByte(place) + getLineSize(static_cast<long>(std::strlen(at(place)->getKey())));
-  long chunk = getChunk(place);
-  if (end < chunks[chunk].used) return makePlace(chunk, end);
+XelCsvKeyList::Place XelCsvKeyList::getFirstBehind(long chunk) const noexcept {
   do {
     ++chunk;
   } while (chunks[chunk].used == 0);  // taken for a line that was not added, and too small for the one that was

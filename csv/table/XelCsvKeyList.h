@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "csv/line/XelCsvText.h"
 #include "csv/reader/XelCsvReaderI.h"
@@ -49,7 +50,13 @@ class XelCsvKeyList {
   }
 
   // The line number in file order, 0 <= number < getSize(). Fast when the line before it was asked for last.
-  XelCsvKeyedLine* get(long number) const noexcept;
+  XelCsvKeyedLine* get(long number) const noexcept {
+    if (number != lastNumber) {
+      lastPlace = number == lastNumber + 1 && number > 0 ? getNext(lastPlace) : findPlace(number);
+      lastNumber = number;
+    }
+    return at(lastPlace);
+  }
 
   // Forgets the lines from number size on, 0 <= newSize <= getSize().
   void truncate(long newSize) noexcept;
@@ -81,7 +88,14 @@ class XelCsvKeyList {
 
   void addChunk(long least);
   Place findPlace(long number) const noexcept;
-  Place getNext(Place place) const noexcept;
+  Place getFirstBehind(long chunk) const noexcept;
+
+  // Only for a line that another follows.
+  Place getNext(Place place) const noexcept {
+    const long end = getByte(place) + getLineSize(static_cast<long>(std::strlen(at(place)->getKey())));
+    const long chunk = getChunk(place);
+    return end < chunks[chunk].used ? makePlace(chunk, end) : getFirstBehind(chunk);
+  }
 
   XelEnv env;
   XelEnvBlock<Chunk> chunks;
