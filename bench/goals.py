@@ -1,0 +1,115 @@
+"""What the library wants to reach: each goal is a ratio of two times of one round, and its bound."""
+
+import re
+from dataclasses import dataclass
+
+
+@dataclass(frozen=True)
+class Goal:
+    """The quotient of two expressions over names of benchmarks, at most or at least a bound.
+
+    An expression is arithmetic over names in braces: "5.68 * {floor/wide}". A name may begin with the build that it is
+    measured in and "!", and end with ":" and the name of a counter.
+    """
+
+    number: str
+    what: str
+    above: str
+    below: str
+    bound: float
+    at_most: bool = True
+
+    def names(self):
+        return re.findall(r"{([^}]*)}", self.above + self.below)
+
+    def programs(self):
+        return {name.split("!")[0] if "!" in name else "" for name in self.names()}
+
+    def measure(self, times):
+        return evaluate(self.above, times) / evaluate(self.below, times)
+
+    def is_met(self, value):
+        return value <= self.bound if self.at_most else value >= self.bound
+
+    def bound_text(self):
+        return f"{'<=' if self.at_most else '>='} {self.bound:g}"
+
+
+def evaluate(expression, times):
+    """The value of an expression; it is ours, so eval does no harm."""
+    return eval(re.sub(r"{([^}]*)}", lambda name: repr(times[name.group(1)]), expression))  # pylint: disable=eval-used
+
+
+def benchmark_of(name):
+    """The program and the benchmark that a name in an expression speaks of."""
+    program, _, rest = name.rpartition("!")
+    return program, rest.split(":")[0]
+
+
+def themes(wanted):
+    """What is measured next to each other: benchmarks on the same file."""
+    found = []
+    for goal in wanted:
+        for name in goal.names():
+            theme = theme_of(benchmark_of(name)[1])
+            if theme not in found:
+                found.append(theme)
+    return found
+
+
+def theme_of(benchmark):
+    return benchmark.split("/")[1]
+
+
+def benchmarks(wanted, theme, program):
+    """The benchmarks of a theme that a program has to run."""
+    found = []
+    for goal in wanted:
+        for name in goal.names():
+            owner, benchmark = benchmark_of(name)
+            if owner == program and theme_of(benchmark) == theme and benchmark not in found:
+                found.append(benchmark)
+    return found
+
+
+# A peer that no package brings was measured once, on another machine, against the same floor: megabytes per second of the
+# floor and of the peer, on files made alike.
+FASTEST = {"wide": 7055 / 1242, "narrow": 7180 / 1111}  # finds fields; leaves quotes in them
+UNQUOTING = {"wide": 7055 / 967, "narrow": 7180 / 888}  # finds fields and takes quotes away
+
+
+def iteration(limit, file):
+    return Goal("2", f"{file}: iteration with all field starts / floor", f"{{iterate/{file}/library}}", f"{{floor/{file}}}",
+                limit)
+
+
+ALL = [
+    Goal("1", "multi: table directory / floor", "{directory/multi/library}", "{floor/multi}", 1.6),
+    Goal("1", "multi: pass of the fastest peer (from its ratio) / directory", f"{FASTEST['narrow']} * {{floor/multi}}",
+         "{directory/multi/library}", 4, False),
+    iteration(3.3, "wide"),
+    iteration(4.2, "narrow"),
+    iteration(4.2, "multi"),
+    iteration(6.5, "wideq"),
+    Goal("6", "narrow: index / floor", "{index/narrow/library}", "{floor/narrow}", 20),
+    Goal("6", "narrow: libcsv and a hash map / index", "{index/narrow/libcsv}", "{index/narrow/library}", 8, False),
+    Goal("6", "twokey: index / floor", "{index/twokey/library}", "{floor/twokey}", 20),
+    Goal("6", "twokey: libcsv and a hash map / index", "{index/twokey/libcsv}", "{index/twokey/library}", 8, False),
+    *[Goal("6", f"{shape}: index / that of counting keys", f"{{index/shape-{shape}/library}}",
+           "{index/shape-count/library}", 1.5) for shape in ("pair", "random", "prefix", "suffix", "words")],
+    Goal("6", "per line: index of 20 million / of 200 000",
+         "{index/count-large/library} / {index/count-large/library:lines}",
+         "{index/count-small/library} / {index/count-small/library:lines}", 1.5),
+    Goal("7", "narrow: bytes of the index per line beyond the key", "{memory/narrow/library:beyondKey}", "1", 40),
+    Goal("7", "twokey: bytes of the index per line beyond the key", "{memory/twokey/library:beyondKey}", "1", 40),
+    *[Goal("8", f"{file}: line by key / open, pread of 512 bytes, close", f"{{lookup/{file}/library}}",
+           f"{{lookup/{file}/floor}}", 1.3) for file in ("narrow", "twokey", "shape-random", "shape-prefix", "shape-words")],
+    Goal("9", "narrow: search without index by the first column / floor", "{search/narrow/library}", "{floor/narrow}", 1.7),
+    Goal("9", "narrow: number of lines without index / floor", "{count/narrow/library}", "{floor/narrow}", 1.7),
+    Goal("9", "keylast: search without index by the last column / floor", "{search/keylast/library}", "{floor/keylast}", 6),
+    *[Goal("10", f"{file}: cached iteration / scanning one", f"{{iterate/{file}/cached}}", f"{{iterate/{file}/library}}", 1.2)
+      for file in ("narrow", "wide")],
+    *[Goal("12", f"{file}: literal iteration / the library's", f"{{iterate/cliff-{file}/literal}}",
+           f"{{iterate/cliff-{file}/library}}", 1.7, False)
+      for file in ("crlf", "quotes", "empty", "tiny", "long", "separators", "space", "high")],
+]
