@@ -91,8 +91,24 @@ ALL = [
     iteration(4.2, "narrow"),
     iteration(4.2, "multi"),
     iteration(6.5, "wideq"),
+    *[Goal("3", f"{file}: fastest peer (from its ratio) / iteration", f"{FASTEST[like]} * {{floor/{file}}}",
+           f"{{iterate/{file}/library}}", 1.6, False) for file, like in (("wide", "wide"), ("narrow", "narrow"),
+                                                                         ("multi", "narrow"))],
+    *[Goal("3", f"{file}: fastest peer that unquotes (from its ratio) / iteration",
+           f"{UNQUOTING[file]} * {{floor/{file}}}", f"{{iterate/{file}/library}}", 1.9, False)
+      for file in ("wide", "narrow")],
+    *[Goal("3", f"{file}: libcsv, which unquotes / iteration", f"{{iterate/{file}/libcsv}}",
+           f"{{iterate/{file}/library}}", 1.7 if file == "wideq" else 1.9, False) for file in ("wide", "wideq", "narrow")],
+    *[Goal("3", f"{file}: SQLite's CSV table / iteration", f"{{iterate/{file}/sqlite}}", f"{{iterate/{file}/library}}",
+           1.9, False) for file in ("wide", "narrow")],
+    *[Goal("4", f"{file}: fastest peer (from its ratio) / a getter for each field", f"{FASTEST[file]} * {{floor/{file}}}",
+           f"{{getters/{file}/library}}", 1, False) for file in ("wide", "narrow")],
+    *[Goal("5", f"{file}: fastest peer (from its ratio) and from_chars / numbers",
+           f"{FASTEST[file]} * {{floor/{file}}} + {{numbers/{file}/from_chars}}", f"{{numbers/{file}/library}}", 1.3, False)
+      for file in ("wide", "narrow")],
     Goal("6", "narrow: index / floor", "{index/narrow/library}", "{floor/narrow}", 20),
     Goal("6", "narrow: libcsv and a hash map / index", "{index/narrow/libcsv}", "{index/narrow/library}", 8, False),
+    Goal("6", "narrow: SQLite's table in memory / index", "{index/narrow/sqlite}", "{index/narrow/library}", 8, False),
     Goal("6", "twokey: index / floor", "{index/twokey/library}", "{floor/twokey}", 20),
     Goal("6", "twokey: libcsv and a hash map / index", "{index/twokey/libcsv}", "{index/twokey/library}", 8, False),
     *[Goal("6", f"{shape}: index / that of counting keys", f"{{index/shape-{shape}/library}}",
@@ -109,7 +125,20 @@ ALL = [
     Goal("9", "keylast: search without index by the last column / floor", "{search/keylast/library}", "{floor/keylast}", 6),
     *[Goal("10", f"{file}: cached iteration / scanning one", f"{{iterate/{file}/cached}}", f"{{iterate/{file}/library}}", 1.2)
       for file in ("narrow", "wide")],
+    Goal("11", "file of 1 KB, open to last field / open, read, close", "{open/small/library}", "{open/small/floor}", 1.6),
+    *[Goal("11", f"file of 1 KB: {peer} / library", f"{{open/small/{peer}}}", "{open/small/library}", 1, False)
+      for peer in ("libcsv", "sqlite", "literal")],
     *[Goal("12", f"{file}: literal iteration / the library's", f"{{iterate/cliff-{file}/literal}}",
            f"{{iterate/cliff-{file}/library}}", 1.7, False)
       for file in ("crlf", "quotes", "empty", "tiny", "long", "separators", "space", "high")],
+    *[Goal("13", f"{file}: bytes of memory of a pass, from the environment", f"{{memory/{file}-alone/iterate:peak}}", "1",
+           1e6) for file in ("multi", "wide", "cliff-long")],
+    *[Goal("13", f"{file}: bytes by which the process grows in a pass", f"{{memory/{file}-alone/iterate:grown}}", "1", 1e6)
+      for file in ("multi", "wide", "cliff-long")],
+    Goal("13", "multi: speed of the directory at -O2 / at -O3", "{directory/multi/library}", "{O2!directory/multi/library}",
+         0.75, False),
+    *[Goal("13", f"{file}: speed of iteration at -O2 / at -O3", f"{{iterate/{file}/library}}",
+           f"{{O2!iterate/{file}/library}}", 0.75, False) for file in ("wide", "narrow", "multi", "wideq")],
+    *[Goal("14", f"{columns} columns: ns of a getter by heading above one by position",
+           f"({{field/columns-{columns}/heading}} - {{field/columns-{columns}/position}})", "1", 15) for columns in (5, 500)],
 ]

@@ -14,6 +14,8 @@ int main(int count, char** arguments) {
   }
   bench::setFolder(arguments[1]);
   bench::registerPasses();
+  bench::registerFields();
+  bench::registerSmall();
   bench::registerIndexes();
   bench::registerLookups();
   benchmark::RunSpecifiedBenchmarks();

@@ -4,6 +4,8 @@
 namespace bench {
 
 void registerPasses();   // directory, iteration, search without index
+void registerFields();   // getters, numbers, headings
+void registerSmall();    // a small file; memory of a pass
 void registerIndexes();  // index of a cached table: time and memory
 void registerLookups();  // a line by its key
 

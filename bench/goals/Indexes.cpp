@@ -9,6 +9,7 @@
 #include "bench/support/Check.h"
 #include "bench/support/CountingAllocator.h"
 #include "bench/support/Passes.h"
+#include "bench/support/Sqlite.h"
 
 namespace bench {
 
@@ -126,6 +127,21 @@ void runPeer(State& state, const std::string& name, long keyFields) {
   setLines(state, file);
 }
 
+// A table in memory with a primary key, filled from the file.
+void runSqlite(State& state, const std::string& name) {
+  const File& file = getFile(name);
+  long rows = 0;
+  for (auto _ : state) {
+    Sqlite database(file);
+    fillTable(database);
+    state.PauseTiming();
+    rows = database.ask("select count(*) from lines");
+    state.ResumeTiming();
+  }
+  check(state, rows >= file.facts.lines, "lines are missing");
+  setLines(state, file);
+}
+
 }  // namespace
 
 void registerIndexes() {
@@ -137,6 +153,7 @@ void registerIndexes() {
   RegisterBenchmark("index/twokey/literal", runIndexLiterally, std::string("twokey"))->Unit(Unit)->Iterations(1);
   RegisterBenchmark("index/narrow/libcsv", runPeer, std::string("narrow"), 1)->Unit(Unit)->Iterations(1);
   RegisterBenchmark("index/twokey/libcsv", runPeer, std::string("twokey"), 2)->Unit(Unit)->Iterations(1);
+  RegisterBenchmark("index/narrow/sqlite", runSqlite, std::string("narrow"))->Unit(Unit)->Iterations(1);
   RegisterBenchmark("memory/narrow/library", runMemory, std::string("narrow"))->Unit(Unit)->Iterations(1);
   RegisterBenchmark("memory/twokey/library", runMemory, std::string("twokey"))->Unit(Unit)->Iterations(1);
 }

@@ -9,6 +9,7 @@
 #include "bench/support/Check.h"
 #include "bench/support/Floors.h"
 #include "bench/support/Passes.h"
+#include "bench/support/Sqlite.h"
 
 namespace bench {
 
@@ -114,6 +115,19 @@ void runLiteral(State& state, const std::string& name) {
   check(state, wrong == 0, "another line");
 }
 
+void runSqlite(State& state, const std::string& name) {
+  const File& file = getFile(name);
+  Turn turn(linesOf(name));
+  Sqlite database(file);
+  fillTable(database);
+  database.prepare("select * from lines where key = ?");
+  long found = 0;
+  for (auto _ : state) {
+    if (database.lookUp(turn.next().values[0]) > 0) ++found;
+  }
+  check(state, found == static_cast<long>(state.iterations()), "lines are missing");
+}
+
 }  // namespace
 
 void registerLookups() {
@@ -123,6 +137,7 @@ void registerLookups() {
     RegisterBenchmark(("lookup/" + name + "/floor").c_str(), runFloor, name)->Unit(Unit)->Iterations(40000);
   }
   RegisterBenchmark("lookup/narrow/literal", runLiteral, std::string("narrow"))->Unit(Unit)->Iterations(20000);
+  RegisterBenchmark("lookup/narrow/sqlite", runSqlite, std::string("narrow"))->Unit(Unit)->Iterations(20000);
 }
 
 }  // namespace bench

@@ -6,6 +6,7 @@
 #include "bench/goals/Goals.h"
 #include "bench/support/Check.h"
 #include "bench/support/Floors.h"
+#include "bench/support/Sqlite.h"
 
 namespace bench {
 
@@ -71,6 +72,17 @@ void runLibcsv(State& state, const std::string& name) {
   long fields = 0;
   for (auto _ : state) fields = countFieldsByLibcsv(file);
   check(state, fields >= file.facts.fields, "fields are missing");
+  setBytes(state, file);
+}
+
+// The last column alone is asked for; the rows before it have to be cut up all the same.
+void runSqlite(State& state, const std::string& name) {
+  const File& file = getFile(name);
+  Sqlite database(file);
+  const std::string lastColumn = "column_" + std::to_string(file.facts.fields / file.facts.lines);
+  long rows = 0;
+  for (auto _ : state) rows = database.ask("select count(" + lastColumn + ") from csv");
+  check(state, rows >= file.facts.lines, "lines are missing");
   setBytes(state, file);
 }
 
@@ -142,6 +154,7 @@ void registerPasses() {
     RegisterBenchmark(("iterate/" + name + "/libcsv").c_str(), runLibcsv, name)->Unit(Unit);
   }
   for (const std::string name : {"wide", "narrow"}) {
+    RegisterBenchmark(("iterate/" + name + "/sqlite").c_str(), runSqlite, name)->Unit(Unit)->Iterations(1);
     RegisterBenchmark(("iterate/" + name + "/cached").c_str(), runIteration, name, true)->Unit(Unit);
   }
   for (const std::string name : {"cliff-crlf", "cliff-quotes", "cliff-empty", "cliff-tiny", "cliff-long",
