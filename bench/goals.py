@@ -35,6 +35,27 @@ class Goal:
         return f"{'<=' if self.at_most else '>='} {self.bound:g}"
 
 
+@dataclass(frozen=True)
+class Growth:
+    """How the cost of one unit grows: a cost as an expression for each of some sizes."""
+
+    what: str
+    unit: str
+    sizes: tuple
+    cost: str  # SIZE in it stands for a size
+
+    number = "growth"
+
+    def expressions(self):
+        return [self.cost.replace("SIZE", str(size)) for size in self.sizes]
+
+    def names(self):
+        return re.findall(r"{([^}]*)}", "".join(self.expressions()))
+
+    def programs(self):
+        return {""}
+
+
 def evaluate(expression, times):
     """The value of an expression; it is ours, so eval does no harm."""
     return eval(re.sub(r"{([^}]*)}", lambda name: repr(times[name.group(1)]), expression))  # pylint: disable=eval-used
@@ -71,6 +92,27 @@ def benchmarks(wanted, theme, program):
                 found.append(benchmark)
     return found
 
+
+LINES = ("small", "middle", "large")
+COLUMNS = (5, 50, 500)
+TABLES = (10, 1000, 100000)
+KEYS = (8, 32, 128)
+
+GROWTH = [
+    Growth("iteration, 200 000, 2 and 20 million lines", "ns a line", LINES,
+           "{iterate/count-SIZE/library} / {iterate/count-SIZE/library:lines}"),
+    Growth("index, 200 000, 2 and 20 million lines", "ns a line", LINES,
+           "{index/count-SIZE/library} / {index/count-SIZE/library:lines}"),
+    Growth("line by key, 200 000, 2 and 20 million lines", "ns", LINES, "{lookup/count-SIZE/library}"),
+    Growth("iteration, 5, 50 and 500 columns", "ns a field", COLUMNS,
+           "{iterate/grow-columns-SIZE/library} / {iterate/grow-columns-SIZE/library:fields}"),
+    Growth("directory of 200 000 lines, 10, 1000 and 100 000 tables", "ns a line", TABLES,
+           "{directory/grow-tables-SIZE/library} / {directory/grow-tables-SIZE/library:lines}"),
+    Growth("table by name, 10, 1000 and 100 000 tables", "ns", TABLES, "{tables/grow-tables-SIZE/library}"),
+    Growth("index, keys of 8, 32 and 128 bytes, lines of 160", "ns a line", KEYS,
+           "{index/grow-key-SIZE/library} / {index/grow-key-SIZE/library:lines}"),
+    Growth("line by key, keys of 8, 32 and 128 bytes", "ns", KEYS, "{lookup/grow-key-SIZE/library}"),
+]
 
 # A peer that no package brings was measured once, on another machine, against the same floor: megabytes per second of the
 # floor and of the peer, on files made alike.

@@ -145,8 +145,9 @@ void runSqlite(State& state, const std::string& name) {
 }  // namespace
 
 void registerIndexes() {
-  for (const std::string name : {"narrow", "twokey", "shape-count", "shape-pair", "shape-random", "shape-prefix",
-                                 "shape-suffix", "shape-words", "count-small", "count-large"}) {
+  for (const std::string name :
+       {"narrow", "twokey", "shape-count", "shape-pair", "shape-random", "shape-prefix", "shape-suffix", "shape-words",
+        "count-small", "count-middle", "count-large", "grow-key-8", "grow-key-32", "grow-key-128"}) {
     RegisterBenchmark(("index/" + name + "/library").c_str(), runIndex, name)->Unit(Unit);
   }
   RegisterBenchmark("index/narrow/literal", runIndexLiterally, std::string("narrow"))->Unit(Unit)->Iterations(1);

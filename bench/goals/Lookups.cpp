@@ -1,7 +1,5 @@
 // A line of a cached table by its key.
-#include <algorithm>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -10,6 +8,7 @@
 #include "bench/support/Floors.h"
 #include "bench/support/Passes.h"
 #include "bench/support/Sqlite.h"
+#include "bench/support/Wanted.h"
 
 namespace bench {
 
@@ -18,41 +17,11 @@ namespace {
 using benchmark::RegisterBenchmark;
 using benchmark::State;
 
-// A line that is looked up: its key values, and where it is.
-struct Wanted {
-  std::vector<std::string> values;
-  long offset = 0;
-  long lineNumber = 0;
-};
-
-// Some lines of a file, spread over all of it, in no order.
-std::vector<Wanted> chooseLines(const File& file) {
-  constexpr long Chosen = 20000;
-  const literal::Settings settings = settingsOf(file);
-  const literal::Zone zone = readHeadingZone(settings, nullptr);
-  const long step = std::max(1L, file.facts.lines / Chosen);
-  literal::Walk walk(settings, zone);
-  std::vector<Wanted> chosen;
-  for (long line = 0; walk.next(); ++line) {
-    if (line % step != 0) continue;
-    Wanted wanted;
-    for (const long position : zone.keyPositions) {
-      wanted.values.emplace_back(walk.getLine().fields[static_cast<std::size_t>(position)]);
-    }
-    wanted.offset = walk.getOffset();
-    wanted.lineNumber = walk.getLine().lineNumber;
-    chosen.push_back(wanted);
-  }
-  std::shuffle(chosen.begin(), chosen.end(),
-               std::mt19937(7));  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same each time
-  return chosen;
-}
-
 const std::vector<Wanted>& linesOf(const std::string& name) {
   static std::string chosenName;
   static std::vector<Wanted> chosen;
   if (chosenName != name) {
-    chosen = chooseLines(getFile(name));
+    chosen = chooseLines(getFile(name), 20000);
     chosenName = name;
   }
   return chosen;
@@ -88,10 +57,7 @@ void runLibrary(State& state, const std::string& name) {
   long wrong = 0;
   for (auto _ : state) {
     const Wanted& wanted = turn.next();
-    const XelCsvLine line = wanted.values.size() == 1
-                                ? reader.getLineByKey(1, wanted.values[0].c_str())
-                                : reader.getLineByKey(2, wanted.values[0].c_str(), wanted.values[1].c_str());
-    if (line.getLineNumber() != wanted.lineNumber) ++wrong;
+    if (lookUp(reader, wanted).getLineNumber() != wanted.lineNumber) ++wrong;
   }
   check(state, wrong == 0, "another line");
   reader.end();
@@ -132,7 +98,8 @@ void runSqlite(State& state, const std::string& name) {
 
 void registerLookups() {
   constexpr auto Unit = benchmark::kMicrosecond;
-  for (const std::string name : {"narrow", "twokey", "shape-random", "shape-prefix", "shape-words"}) {
+  for (const std::string name : {"narrow", "twokey", "shape-random", "shape-prefix", "shape-words", "count-small",
+                                 "count-middle", "count-large", "grow-key-8", "grow-key-32", "grow-key-128"}) {
     RegisterBenchmark(("lookup/" + name + "/library").c_str(), runLibrary, name)->Unit(Unit)->Iterations(40000);
     RegisterBenchmark(("lookup/" + name + "/floor").c_str(), runFloor, name)->Unit(Unit)->Iterations(40000);
   }

@@ -7,6 +7,7 @@
 #include "bench/support/Check.h"
 #include "bench/support/Floors.h"
 #include "bench/support/Sqlite.h"
+#include "bench/support/Wanted.h"
 
 namespace bench {
 
@@ -34,8 +35,31 @@ void runDirectory(State& state, const std::string& name) {
   XelEnv env;
   long tables = 0;
   for (auto _ : state) tables = makeDirectory(env, file);
-  check(state, tables == 50, "another number of tables");
+  check(state, tables == makeDirectoryLiterally(file), "another number of tables");
   setBytes(state, file);
+  state.counters["lines"] = static_cast<double>(file.facts.lines);
+  env.end();
+}
+
+// A table by its name, made and ended.
+void runTables(State& state, const std::string& name) {
+  const File& file = getFile(name);
+  XelEnv env;
+  XelCsvReader reader = openReader(env, file, false);
+  const long tables = reader.getNumberOfTables();
+  long table = 0;
+  long columns = 0;
+  for (auto _ : state) {
+    std::string tableName = std::to_string(table);
+    tableName.insert(0, 6 - tableName.size(), '0');
+    tableName.insert(0, "Table");
+    XelCsvTableReader made = reader.getTableByName(tableName.c_str());
+    columns = made.getNumberOfColumns();
+    made.end();
+    table = (table + 7919) % tables;
+  }
+  check(state, columns == file.facts.fields / file.facts.lines, "another number of columns");
+  reader.end();
   env.end();
 }
 
@@ -55,6 +79,8 @@ void runIteration(State& state, const std::string& name, bool isCached) {
   for (auto _ : state) found = iterate(reader, file);
   check(state, found.isAllOf(file.facts), "other lines or fields");
   setBytes(state, file);
+  state.counters["lines"] = static_cast<double>(file.facts.lines);
+  state.counters["fields"] = static_cast<double>(file.facts.fields);
   reader.end();
   env.end();
 }
@@ -108,12 +134,6 @@ void runCountLiterally(State& state, const std::string& name) {
   setBytes(state, file);
 }
 
-// The key of the last data line, so that a search passes over all of the file.
-std::string lastKeyOf(const File& file) {
-  std::string digits = std::to_string(file.facts.lines - 1);
-  return "K" + std::string(7 - digits.size(), '0') + digits;
-}
-
 void runSearch(State& state, const std::string& name) {
   const File& file = getFile(name);
   const std::string key = lastKeyOf(file);
@@ -156,6 +176,14 @@ void registerPasses() {
   for (const std::string name : {"wide", "narrow"}) {
     RegisterBenchmark(("iterate/" + name + "/sqlite").c_str(), runSqlite, name)->Unit(Unit)->Iterations(1);
     RegisterBenchmark(("iterate/" + name + "/cached").c_str(), runIteration, name, true)->Unit(Unit);
+  }
+  for (const std::string name :
+       {"count-small", "count-middle", "count-large", "grow-columns-5", "grow-columns-50", "grow-columns-500"}) {
+    RegisterBenchmark(("iterate/" + name + "/library").c_str(), runIteration, name, false)->Unit(Unit);
+  }
+  for (const std::string name : {"grow-tables-10", "grow-tables-1000", "grow-tables-100000"}) {
+    RegisterBenchmark(("directory/" + name + "/library").c_str(), runDirectory, name)->Unit(Unit);
+    RegisterBenchmark(("tables/" + name + "/library").c_str(), runTables, name)->Unit(benchmark::kMicrosecond);
   }
   for (const std::string name : {"cliff-crlf", "cliff-quotes", "cliff-empty", "cliff-tiny", "cliff-long",
                                  "cliff-separators", "cliff-space", "cliff-high"}) {

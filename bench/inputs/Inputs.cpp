@@ -1,7 +1,9 @@
 #include "bench/inputs/Inputs.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -193,7 +195,7 @@ void writeMulti(Writer& out, long divisor) {
 // ---- files to be indexed
 
 void writeTwoKey(Writer& out, long divisor) {
-  const long side = divisor == 1 ? 1414 : 447;
+  const long side = std::lround(std::floor(std::sqrt(static_cast<double>(2 * Million) / static_cast<double>(divisor))));
   out.add("|NAMES,i,j,value,word").line().add("|KEYS,1,1,0,0").line();
   for (long i = 0; i < side; ++i) {
     for (long j = 0; j < side; ++j) {
@@ -328,6 +330,46 @@ void writeColumns(Writer& out, long columns) {
   }
 }
 
+// ---- grow: how cost grows with columns, tables and the length of keys
+
+void writeManyColumns(Writer& out, long columns, long divisor) {
+  while (out.getSize() < 20 * Million / divisor) {
+    for (long column = 0; column < columns; ++column) {
+      if (column > 0) out.add(',');
+      out.decimal('.');
+    }
+    out.line();
+  }
+}
+
+void writeManyTables(Writer& out, long tables, long divisor) {
+  const long lines = std::max(1L, 200000 / divisor / tables);
+  for (long table = 0; table < tables; ++table) {
+    for (long number = 0; number < lines; ++number) {
+      out.add("Table").number(table, 6).add(",K").number(number, 7);
+      writeRest(out);
+      out.line();
+    }
+  }
+}
+
+void writeLongKeys(Writer& out, long keyLength, long divisor) {
+  constexpr long LineLength = 160;
+  out.add("|KEYS,1,0").line();
+  for (long number = 0; number < 200000 / divisor; ++number) {
+    const long begin = out.getSize();
+    Random scattered(static_cast<std::uint64_t>(number));
+    out.number(number, 8);
+    while (out.getSize() < begin + keyLength) out.add(static_cast<char>('a' + scattered.below(26)));
+    out.add(',');
+    while (out.getSize() < begin + LineLength - 1) out.add('z');
+    out.line();
+  }
+}
+
+// The number at the end of a name such as "columns-5".
+long numberIn(std::string_view name) { return std::atol(name.substr(name.rfind('-') + 1).data()); }
+
 // ---- small: a file of 1 KB
 
 void writeSmall(Writer& out) {
@@ -356,6 +398,7 @@ const std::vector<Input>& getInputs() {
       plain("keylast"),
       plain("small"),
       plain("count-small"),
+      plain("count-middle"),
       plain("count-large"),
       plain("shape-count"),
       plain("shape-pair"),
@@ -373,6 +416,15 @@ const std::vector<Input>& getInputs() {
       {"cliff-high", false, "~", '.', {}},
       plain("columns-5"),
       plain("columns-500"),
+      plain("grow-columns-5"),
+      plain("grow-columns-50"),
+      plain("grow-columns-500"),
+      {"grow-tables-10", true, ",", '.', {}},
+      {"grow-tables-1000", true, ",", '.', {}},
+      {"grow-tables-100000", true, ",", '.', {}},
+      plain("grow-key-8"),
+      plain("grow-key-32"),
+      plain("grow-key-128"),
   };
   return All;
 }
@@ -391,13 +443,16 @@ void writeInput(const Input& input, const std::string& fileName, long divisor) {
   if (name == "wide" || name == "wideq") writeWide(out, divisor, name == "wideq");
   if (name == "narrow") writeNarrow(out, 2 * Million / divisor, 7);
   if (name == "count-small") writeNarrow(out, Million / 5 / divisor, 8);
+  if (name == "count-middle") writeNarrow(out, 2 * Million / divisor, 8);
   if (name == "count-large") writeNarrow(out, 20 * Million / divisor, 8);
   if (name == "multi") writeMulti(out, divisor);
   if (name == "twokey") writeTwoKey(out, divisor);
   if (name == "keylast") writeKeyLast(out, 2 * Million / divisor);
   if (name == "small") writeSmall(out);
-  if (name == "columns-5") writeColumns(out, 5);
-  if (name == "columns-500") writeColumns(out, 500);
+  if (name.substr(0, 8) == "columns-") writeColumns(out, numberIn(name));
+  if (name.substr(0, 13) == "grow-columns-") writeManyColumns(out, numberIn(name), divisor);
+  if (name.substr(0, 12) == "grow-tables-") writeManyTables(out, numberIn(name), divisor);
+  if (name.substr(0, 9) == "grow-key-") writeLongKeys(out, numberIn(name), divisor);
   if (name.substr(0, 6) == "shape-") writeShape(out, input, divisor);
   if (name == "cliff-crlf") writeCarriageReturns(out, divisor);
   if (name == "cliff-quotes") writeUnclosedQuotes(out, divisor);

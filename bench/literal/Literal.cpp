@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <set>
 
 namespace literal {
 
@@ -108,6 +109,7 @@ std::vector<Table> scanTables(const Settings& settings) {
   const Stream stream(settings.fileName);
   const char maxSeparator = maxSeparatorOf(settings);
   std::vector<Table> tables;
+  std::set<std::string> names;
   Buffer buffer{};
   long lineNumber = -1;
   long offset = 0;
@@ -125,9 +127,7 @@ std::vector<Table> scanTables(const Settings& settings) {
       tables.back().endOffset = offset;
       continue;
     }
-    for (const Table& table : tables) {
-      if (table.name == name) return tables;
-    }
+    if (!names.insert(name).second) return tables;
     tables.push_back({name, offset, lineNumber, offset});
   }
   return tables;

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -49,6 +50,40 @@ Found iterateLiterally(const File& file) {
   }
   for (const literal::Table& table : literal::scanTables(settings)) iterateLiterally(settings, &table, found);
   return found;
+}
+
+Found callGetters(XelCsvReader& reader, const File& file) {
+  Found found;
+  forEachLine(reader, file, [&found](const XelCsvLine& line) {
+    const long count = line.getNumberOfFields();
+    const char* text = nullptr;
+    for (long position = 0; position < count; ++position) text = line.getStringByPosition(position);
+    ++found.lines;
+    found.fields += count;
+    found.sum += static_cast<unsigned char>(*text);
+  });
+  return found;
+}
+
+std::uint64_t bitsOf(double value) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+std::uint64_t bitsOf(long value) { return static_cast<std::uint64_t>(value); }
+
+std::uint64_t addUpNumbers(XelCsvReader& reader, const File& file) {
+  const std::vector<Kind>& kinds = file.input->columns;
+  std::uint64_t bits = 0;
+  forEachLine(reader, file, [&bits, &kinds](const XelCsvLine& line) {
+    for (std::size_t column = 0; column < kinds.size(); ++column) {
+      const long position = static_cast<long>(column);
+      if (kinds[column] == Kind::Integer) bits += bitsOf(line.getIntByPosition(position));
+      if (kinds[column] == Kind::Float) bits += bitsOf(line.getFloatByPosition(position));
+    }
+  });
+  return bits;
 }
 
 long makeDirectory(XelEnv env, const File& file) {

@@ -2,6 +2,7 @@
 // same.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "bench/support/Files.h"
@@ -47,6 +48,16 @@ void forEachLine(XelCsvReader& reader, const File& file, Use use) {
 // Every data line with the starts of its fields.
 Found iterate(XelCsvReader& reader, const File& file);
 Found iterateLiterally(const File& file);
+
+// The same, with a getter call for each field.
+Found callGetters(XelCsvReader& reader, const File& file);
+
+// A number as bits, to be added up: sums of bits are equal whatever the order.
+std::uint64_t bitsOf(double value);
+std::uint64_t bitsOf(long value);
+
+// The numeric columns of every data line as numbers, their bits added up.
+std::uint64_t addUpNumbers(XelCsvReader& reader, const File& file);
 
 // Tables in the directory of a file of several.
 long makeDirectory(XelEnv env, const File& file);
