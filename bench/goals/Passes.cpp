@@ -165,7 +165,7 @@ void registerPasses() {
     RegisterBenchmark(("directory/" + name + "/library").c_str(), runDirectory, name)->Unit(Unit);
     RegisterBenchmark(("directory/" + name + "/literal").c_str(), runDirectoryLiterally, name)->Unit(Unit);
   }
-  for (const std::string name : {"wide", "wideq", "narrow", "multi", "keylast"}) {
+  for (const std::string name : {"wide", "wideq", "narrow", "multi", "twokey", "keylast"}) {
     RegisterBenchmark(("floor/" + name).c_str(), runFloor, name)->Unit(Unit);
   }
   for (const std::string name : {"wide", "wideq", "narrow", "multi"}) {
