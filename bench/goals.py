@@ -1,6 +1,7 @@
 """What the library wants to reach: each goal is a ratio of two times of one round, and its bound."""
 
 import re
+import statistics
 from dataclasses import dataclass
 
 
@@ -54,6 +55,9 @@ class Growth:
 
     def programs(self):
         return {""}
+
+    def medians(self, rounds):
+        return [statistics.median(evaluate(expression, times) for times in rounds) for expression in self.expressions()]
 
 
 def evaluate(expression, times):
