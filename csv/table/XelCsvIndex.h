@@ -95,10 +95,10 @@ class XelCsvIndex {
   XelEnv env;
   XelCsvKeyList lines;
   XelEnvBlock<Slot> slots;
-  long used = 0;           // slots that are not free
-  long mostUsed = 0;       // with so many there must be more slots
-  long settled = 0;        // lines of the list that are not pending
-  Pending pending[Delay];  // number i at i % Delay
+  long used = 0;                // slots that are not free
+  long mostUsed = 0;            // with so many there must be more slots
+  long settled = 0;             // lines of the list that are not pending
+  Pending pending[Delay] = {};  // number i at i % Delay
   long firstOffset = 0;
   long lastOffset = 0;
   long latestOffset = 0;  // of the line added last
