@@ -103,7 +103,7 @@ class XelCsvLineI : public XelEnvResident {
     if (*field == '\0') return true;
     if (*field == ' ' || position + 1 == numberOfFields) return false;
     const char* const end = fields[position + 1] - 1;
-    return end > field && *end == '\0' && end[-1] != ' ';
+    return *end == '\0' && end[-1] != ' ';  // the field is not empty, so that it has a byte before its end
   }
 
   char* text = nullptr;

@@ -50,7 +50,7 @@ bool isPointDecimal() noexcept {
 #else
   const char* point = std::localeconv()->decimal_point;  // NOLINT(concurrency-mt-unsafe)
 #endif
-  return point[0] == '.' && point[1] == '\0';
+  return std::strcmp(point, ".") == 0;
 }
 
 // Reads on over digits and appends them to a number, which must have room for them or not be used any more.

@@ -49,13 +49,13 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   // Throws std::bad_alloc.
   long addLineOffset(const char* key, OffsetAndLineNumber* record);
 
-  // Where a line begins, by its number in file order, but found by its key; null when there is none. Asks
+  // Where a line begins, by its number in file order (0 <= number), but found by its key; null when there is none. Asks
   // getOffsetAndLineNumber() only where that may answer otherwise than the list.
   const OffsetAndLineNumber* getLineStart(long number) const {
     // A derived class may look keys up in another way.
     const bool isAsListed =
         index.isComplete() && added.get() == nullptr && typeid(*this) == typeid(XelCachedCsvTableReaderI);
-    if (isAsListed && number >= 0 && number < index.getSize()) return &index.getLine(number).start;
+    if (isAsListed && number < index.getSize()) return &index.getLine(number).start;
     return getOffsetAndLineNumber(getLineKey(number));
   }
 

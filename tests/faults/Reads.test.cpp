@@ -382,6 +382,34 @@ TEST(ReadFailures, OfTheIndexEndItLikeTheEndOfTheTable) {
   reader.end();
 }
 
+// The index notices a duplicated key some lines late and goes back to its line, which here lies a block before. What fails
+// on that way changes nothing: the duplicate is named, and nothing is lost.
+TEST(ReadFailures, OnTheWayBackToADuplicatedLineNameTheDuplicateAllTheSame) {
+  std::string content = "T|KEYS,1,0\nT,same,1\nT,same,2\n";
+  for (long number = 0; number < 60; ++number) content += makeLine("T,", number, 9000);
+  const DataFile file(content);
+  for (const FileCall call : {FileCall::Seek, FileCall::Read}) {
+    TestEnv env;
+    FileFaults faults(file.getName());
+    XelCsvReader reader = Place{env, file.getName(), true, true}.makeReader();
+    const EndGuard<XelCsvReader> guard(reader);
+    const auto expectDuplicate = [&] {
+      EXPECT_XEL_THROW(
+          reader.getTableByName("T"), XelCsvReader::XelDuplicatedLineException,
+          "XelCsvReader::XelDuplicatedLineException : Another line with key  same already exists In Table T .");
+      EXPECT_EQ(faults.getOpenStreams(), 0);
+    };
+    faults.reset();
+    expectDuplicate();
+    const long lastCall = faults.getCalls(call) - 1;
+    EXPECT_EQ(faults.getCalls(FileCall::Seek), 3) << "to the heading zone, to the lines, and back";
+    faults.reset();
+    faults.fail(call, lastCall, true, EIO);
+    expectDuplicate();
+    EXPECT_GT(faults.getFaults(), 0);
+  }
+}
+
 TEST(ReadFailures, OfACachedLookupGiveAnEmptyLineOfTheRightNumber) {
   TestEnv env;
   const DataFile file(OneTable);

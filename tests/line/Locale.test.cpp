@@ -1,6 +1,6 @@
 // Numbers are read as the C library reads them in the process's locale; nothing else follows the locale.
 //
-// Locales are the system's: what it lacks is skipped. tests/locale/run makes them and lets nothing be skipped.
+// Where there is none of them, as with a test program started by hand, tests are skipped; tests/locale/make makes them.
 #include <gtest/gtest.h>
 #include <locale.h>
 

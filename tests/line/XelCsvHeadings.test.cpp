@@ -84,6 +84,16 @@ TEST(Headings, AreTheFirstOfEqualOnesAsASlowSearchFindsThem) {
   }
 }
 
+// These two have the same hash, of 32 bits; the one after them has another length.
+TEST(Headings, OfOneHashAreToldApart) {
+  const OpenTable open(fileOf({"c1057001", "c1111044", "c105700"}), Kind::Scanning);
+  EXPECT_EQ(find(open.table, "c1057001"), 0);
+  EXPECT_EQ(find(open.table, "c1111044"), 1);
+  EXPECT_EQ(find(open.table, "c105700"), 2);
+  const OpenTable alone(fileOf({"a", "c1111044"}), Kind::Scanning);
+  EXPECT_EQ(find(alone.table, "c1057001"), -2);
+}
+
 TEST(Headings, FollowTheHeadingLineWhenItIsOverwritten) {
   OpenTable open(fileOf({"a", " b ", "c"}), Kind::Scanning);
   XelCsvTableReader copied;

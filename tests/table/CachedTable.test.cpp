@@ -207,6 +207,35 @@ TEST(CachedTable, ALineThatAddLineOffsetAddedIsADuplicateForTheLinesOfTheFile) {
   EXPECT_EQ(lines.getOffset(), 6);
 }
 
+TEST(CachedTable, LinesOfTheFileWithOneKeyAreDuplicatesAlsoWhereALineWasAdded) {
+  OpenTable open("a\nb\na\nd\n", Kind::Cached);
+  XelCachedCsvTableReaderI* table = implOf(open);
+  table->clearCachedTable();
+  XelEnvBlock<OffsetAndLineNumber> record(open.env, 1);
+  record[0] = {100, 50};
+  ASSERT_EQ(table->addLineOffset("z", record.get()), 1);
+  record.release();
+  XelCsvLines lines(open.env);
+  ASSERT_EQ(lines.open(open.file.getName(), "rb", XelCsvReach::ManyLines), 0);
+  EXPECT_EQ(table->stockLineOffsets(lines), 1);
+  EXPECT_EQ(table->getNumberOfItems(), 3);
+  EXPECT_STREQ(table->getLineKey(2), "a");
+  EXPECT_EQ(table->getOffsetAndLineNumber("a")->lineNumber, 0);
+  EXPECT_EQ(lines.getOffset(), 6);
+}
+
+TEST(CachedTable, AddLineOffsetLosesNothingWhenMemoryRunsOut) {
+  EXPECT_GT(forEachFailingAllocation([&](XelEnv env) {
+              const XelEnvOwner<XelCachedCsvTableReaderI> table = XelNew<XelCachedCsvTableReaderI>(env, env);
+              XelEnvBlock<OffsetAndLineNumber> record(env, 1);
+              record[0] = {7, 0};
+              ASSERT_EQ(table->addLineOffset("key", record.get()), 1);
+              record.release();
+              EXPECT_EQ(table->getOffsetAndLineNumber("key")->offset, 7);
+            }),
+            2);
+}
+
 TEST(CachedTable, ADuplicateEndsTheIndexThoughALineBehindItIsDefective) {
   // The duplicate is noticed when lines behind it have been read; none of them counts.
   for (long between = 0; between < 40; ++between) {
@@ -282,6 +311,16 @@ TEST(ClearTable, ClearCachedTableForgetsTheIndexAlone) {
   EXPECT_EQ(open.table.getNumberOfItems(), 0);
   EXPECT_EQ(open.table.getNumberOfKeys(), 1);
   EXPECT_EQ(open.table.getPosition("b"), 2);
+}
+
+TEST(ClearTable, OfAWalkedTableEndsTheWalkAtTheKeyThatIsGone) {
+  OpenTable open("T|KEYS,1,0\nT,x,1\nT,y,2\n", Kind::Cached, "T");
+  XelCsvTableReader::LineIterator it(open.table);
+  implOf(open)->clearCachedTable();
+  EXPECT_EQ(textOf(*it), "1: [T][x][1]");
+  EXPECT_XEL_THROW(++it, XelCsvReader::XelLineNotFoundException,
+                   "XelCsvReader::XelLineNotFoundException : No line having key  found in table T.");
+  EXPECT_TRUE((*it).isEmpty());
 }
 
 TEST(ClearTable, LeavesTheRegionOfAScanningTable) {

@@ -95,6 +95,40 @@ TEST(TableAllocations, OfMakingTables) {
   });
 }
 
+// The index makes room for as many lines as the first ones promise, and gives back what was not needed.
+TEST(TableAllocations, OfMakingATableWhoseLaterLinesAreLong) {
+  std::string content = "A|KEYS,1,0\n";
+  for (long number = 0; number < 100; ++number) {
+    content += "A," + std::to_string(number) + (number < 40 ? "" : "," + std::string(3000, 'x')) + "\n";
+  }
+  const DataFile file(content);
+  EXPECT_GT(forEachFailingAllocation([&](XelEnv env) {
+              XelCsvReader reader = openReader(env, file, Kind::Cached, true);
+              const EndGuard<XelCsvReader> readerGuard(reader);
+              XelCsvTableReader table = reader.getTableByName("A");
+              const EndGuard<XelCsvTableReader> tableGuard(table);
+              EXPECT_EQ(table.getNumberOfItems(), 100);
+              EXPECT_EQ(std::string(table.getLineByKey(1, "99").getStringByPosition(1)), "99");
+            }),
+            5);
+}
+
+// The index notices a duplicated key some lines late and goes back to its line, which here lies a block before.
+TEST(TableAllocations, OfMakingATableThatGoesBackToADuplicatedLine) {
+  std::string content = "A|KEYS,1,0\nA,same\nA,same\n";
+  for (long number = 0; number < 60; ++number) content += "A," + std::string(9000, 'x') + std::to_string(number) + "\n";
+  const DataFile file(content);
+  EXPECT_GT(forEachFailingAllocation([&](XelEnv env) {
+              XelCsvReader reader = openReader(env, file, Kind::Cached, true);
+              const EndGuard<XelCsvReader> readerGuard(reader);
+              EXPECT_EQ(
+                  outcomeOf([&] { return textOf(reader.getTableByName("A").getNumberOfItems()); }),
+                  "XelDuplicatedLineException | XelCsvReader::XelDuplicatedLineException : Another line with key  "
+                  "same already exists In Table A .");
+            }),
+            5);
+}
+
 TEST(TableAllocations, OfTheHandlesConstructor) {
   forAllShapes([](Kind kind, const Shape& shape) {
     if (shape.table == nullptr) return;

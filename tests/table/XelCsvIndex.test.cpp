@@ -318,6 +318,37 @@ TEST(Index, ListsLinesThatItDoesNotFind) {
   EXPECT_EQ(index.find("a"), nullptr);
 }
 
+// A chunk may have been taken for a line that then was not added, for noting its place took memory too. A longer line after
+// it takes another chunk, and the empty one between them is no line.
+TEST(KeyList, GoesOnWithALongerLineWhereMemoryRanOut) {
+  const std::string longKey(300'000, 'k');
+  long failures = 0;
+  for (std::size_t length = 8; length < 400; length += 8) {
+    TestEnv env;
+    XelCsvKeyList list(env);
+    std::vector<std::string> keys;
+    for (long number = 0; number < 2000; ++number) {
+      keys.push_back(std::to_string(number) + std::string(length, 'k'));
+      env.getAllocator().failAfter(1);  // the second allocation of a line
+      try {
+        list.add(spanOf(keys.back()), {number, number});
+        env.getAllocator().neverFail();
+      } catch (const std::bad_alloc&) {
+        env.getAllocator().neverFail();
+        ++failures;
+        keys.back() = longKey;
+        list.add(spanOf(longKey), {number, number});
+      }
+    }
+    ASSERT_EQ(list.getSize(), 2000);
+    for (long number = 0; number < 2000; ++number) {
+      ASSERT_EQ(list.get(number)->getKey(), keys[static_cast<std::size_t>(number)]);
+      ASSERT_EQ(list.get(number)->start.lineNumber, number);
+    }
+  }
+  EXPECT_GT(failures, 5);
+}
+
 TEST(Index, MakesRoomForTheLinesThatAreExpected) {
   TestEnv env;
   XelCsvIndex index(env);
