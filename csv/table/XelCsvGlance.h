@@ -7,7 +7,7 @@
 #include "csv/line/XelCsvFormat.h"
 #include "csv/line/XelCsvVectors.h"
 
-// Tells lines whose first or second field is not a given text from lines that have to be looked at: at the first byte
+// Tells lines of which a field is not a given text from lines that have to be looked at: at the first byte
 // that differs it knows most of them.
 //
 //   wanted  Town4         Town4         Town4         Town4         Town4
@@ -18,6 +18,8 @@
 // A byte of text there, in no quotes so far, makes another field, and so does a field that ends before the wanted text.
 // Quotes, spaces, which may vanish, and the decimal character leave it unsure; so does a field that ends with the wanted
 // text.
+//
+// The wanted text may also be several values joined by '-', each looked for in a field of its own, one after the other.
 class XelCsvGlance {
  public:
   XelCsvGlance(const XelCsvFormat& lineFormat, const char* wanted) noexcept;
@@ -28,24 +30,38 @@ class XelCsvGlance {
   // How many bytes isOther() looks at.
   long getReach() const noexcept { return Longest + WordSize; }
 
-  // Whether the field that begins here, and has getReach() bytes in front of it, is certainly another.
-  bool isOther(const char* field) const noexcept {
-    const long index = findDifference(field);
-    const auto byte = static_cast<unsigned char>(field[index]);
+  // Whether the field that begins here, and has getReach() bytes in front of it, is certainly other than the wanted text
+  // from an index on.
+  bool isOther(const char* field, long from = 0) const noexcept {
+    const long index = findDifference(field, from);
+    const auto byte = static_cast<unsigned char>(field[index - from]);
     return index < length ? isOtherBefore[byte] : isOtherBehind[byte];
   }
+
+  // The same for the field of a value that others follow: Other, Unsure, or the index in the wanted text from which the
+  // next value is wanted.
+  long findNext(const char* field, long from) const noexcept {
+    const long index = findDifference(field, from);
+    const auto byte = static_cast<unsigned char>(field[index - from]);
+    if (!isOtherBefore[byte]) return Unsure;
+    const bool isEnded = !isOtherBehind[byte];
+    return isEnded && text[index] == '-' ? index + 1 : Other;
+  }
+
+  static constexpr long Other = -1;
+  static constexpr long Unsure = -2;
 
  private:
   static constexpr long Longest = 56;
   static constexpr long WordSize = 8;
 
-  // Index of the first byte that differs from the wanted text, its length when none does.
-  long findDifference(const char* field) const noexcept {
+  // Index in the wanted text of the first byte that differs from it, its length when none does.
+  long findDifference(const char* field, long from) const noexcept {
 #if XELCSV_HAS_VECTORS  // which also means that the first byte is the lowest of a word
-    for (long index = 0; index < length; index += WordSize) {
+    for (long index = from; index < length; index += WordSize) {
       std::uint64_t left = 0;
       std::uint64_t right = 0;
-      std::memcpy(&left, field + index, WordSize);
+      std::memcpy(&left, field + (index - from), WordSize);
       std::memcpy(&right, text + index, WordSize);
       if (left == right) continue;
       const long at = index + __builtin_ctzll(left ^ right) / WordSize;
@@ -53,8 +69,8 @@ class XelCsvGlance {
     }
     return length;
 #else
-    long index = 0;
-    while (index < length && field[index] == text[index]) ++index;
+    long index = from;
+    while (index < length && field[index - from] == text[index]) ++index;
     return index;
 #endif
   }

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "csv/line/XelCsvBeginning.h"
+#include "csv/line/XelCsvFieldStart.h"
 #include "csv/line/XelCsvStretch.h"
 #include "csv/table/XelCsvGlance.h"
 #include "csv/table/XelCsvScan.h"
@@ -24,33 +25,42 @@ long countLinesOf(const XelCsvTableReaderI& table, XelCsvStretch& stretch) noexc
 
 // Lines of a search that need not be read: their key is another, and nothing about them is amiss.
 //
-// With one key column a line cannot have too few fields for its keys. When that is its first field, it has it. When it is
-// the second, a line is passed over only when its first field is, with the separator behind it, byte by byte that of a
-// line that was read and is the table's own.
+// With the one key column in front a line cannot have too few fields for its keys. Otherwise it has enough of them when its
+// last key field begins somewhere. When the one key column is the second, a line's first field, with the separator behind
+// it, is mostly byte by byte that of a line that was read and is the table's own: then a glance at it finds the second.
 class PassedOver {
  public:
   PassedOver(const XelCsvTableReaderI& searched, XelCsvLines& read, const char* key) noexcept
-      : table(searched), stretch(read), glance(table.getReader()->getFormat(), key) {
-    position = table.getNumberOfKeys() == 1 && glance.isUsable() ? table.getKeyPosition(0) : -1;
+      : table(searched),
+        stretch(read),
+        glance(table.getReader()->getFormat(), key),
+        finder(XelGetFieldFinder(table.getReader()->getFormat())),
+        keys(table.getNumberOfKeys()) {
+    for (long index = 0; index < keys; ++index) last = std::max(last, table.getKeyPosition(index));
+    isUsable = glance.isUsable() && keys > 0 && keys <= last + 1;
   }
 
   // Goes behind such lines and answers their number. The last data line known is never among them: when no other comes,
   // the table's number of fields is that of this line.
   long goOn() noexcept {
-    const bool isReady = position == 0 || (position == 1 && !beginning.isEmpty());
-    if (!isReady) return 0;
+    if (!isUsable) return 0;
     long lines = countLinesOf(table, stretch) - 1;
     while (lines > 0 && !isDataLine(stretch, lines, table.getReader()->getComment())) --lines;
-    lines = stretch.countReadable(lines, beginningLength + glance.getReach());
+    lines =
+        stretch.countReadable(lines + 1, std::max({XelFieldStartReach, glance.getReach(), beginning.getReach()})) - 1;
     long index = 0;
-    while (index < lines && isOther(stretch.getLine(index))) ++index;
+    if (last == 0) {
+      while (index < lines && glance.isOther(stretch.getLine(index))) ++index;
+    } else {
+      while (index < lines && isOther(stretch.getLine(index))) ++index;
+    }
     stretch.goOn(index);
     return index;
   }
 
   // Learns from the first field of a raw line of the table.
   void learn(const XelCsvSpan& line) noexcept {
-    if (position != 1) return;
+    if (last != 1) return;
     const XelCsvFormat& format = table.getReader()->getFormat();
     const XelCsvSpan field = XelFirstField(line.begin, line.end, format);
     const auto isQuote = [&](char byte) { return format.getClass(byte) == XelByteClass::Quote; };
@@ -61,17 +71,39 @@ class PassedOver {
   }
 
  private:
+  // Whether a line has all key fields and another key.
   bool isOther(const char* line) const noexcept {
-    if (position == 0) return glance.isOther(line);
-    return beginning.isAt(line) && glance.isOther(line + beginningLength);
+    const char* const lastField = findLast(line);
+    if (lastField == nullptr) return false;
+    long from = 0;
+    for (long key = 0; key < keys - 1; ++key) {
+      from = glance.findNext(find(line, table.getKeyPosition(key), lastField), from);
+      if (from < 0) return from == XelCsvGlance::Other;
+    }
+    return glance.isOther(find(line, table.getKeyPosition(keys - 1), lastField), from);
+  }
+
+  // The key field with the highest position; null when only reading the line tells where it is.
+  const char* findLast(const char* line) const noexcept {
+    const bool isFound = !beginning.isEmpty() && beginning.isAt(line);
+    return isFound ? line + beginningLength : finder(line, table.getReader()->getFormat(), last);
+  }
+
+  // Another one, none of which begins behind the last.
+  const char* find(const char* line, long position, const char* lastField) const noexcept {
+    if (position == last) return lastField;
+    return position == 0 ? line : finder(line, table.getReader()->getFormat(), position);
   }
 
   const XelCsvTableReaderI& table;
   XelCsvStretch stretch;
   XelCsvGlance glance;
+  XelFieldFinder* finder;
   XelCsvBeginning beginning;
   long beginningLength = 0;
-  long position = -1;  // of the one key column; -1 when every line is read
+  long keys;
+  long last = 0;  // the highest position of a key column
+  bool isUsable = false;
 };
 
 // What the first byte of a line says: whether the line is a data line.

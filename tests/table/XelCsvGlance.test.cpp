@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "csv/line/XelCsvLineI.h"
 #include "csv/line/XelCsvText.h"
 #include "csv/table/XelCsvTableReaderI.h"
 #include "tests/support/OpenTable.h"
@@ -62,11 +63,23 @@ long countFieldsOfLastLine(const XelCsvTableReader& table) {
   return fields;
 }
 
+// By the composed key, which the table frees whenever it throws.
 std::string findKey(XelCsvTableReader& table, const std::string& key) {
-  return outcomeOf([&] { return table.getLineByKey(1, key.c_str()); });
+  const XelEnv env = table.getEnv();
+  const char* given = XelCopyString(env, key.c_str()).release();
+  return outcomeOf([&]() -> std::string {
+    const XelEnvOwner<XelCsvLineI> line(table.getImpl()->getLineByKey(given));
+    XelFreeString(env, given);
+    return textOf(XelCsvLine(line.get()));
+  });
 }
 
-void expectWhatTheModelFinds(const std::string& content, const model::Settings& settings, const char* name) {
+const Texts KeysOfOneColumn = {
+    "K1",    "K17", "K170", "K1700", "K", "",        "K;1",
+    "K1;K1", "x",   "K.1",  " K1",   "A", "nowhere", "a key so long that no glance at the beginning of a line will do"};
+
+void expectWhatTheModelFinds(const std::string& content, const model::Settings& settings, const char* name,
+                             const Texts& keys = KeysOfOneColumn) {
   TestEnv env;
   FileSettings real;
   real.isCached = 0;
@@ -85,8 +98,7 @@ void expectWhatTheModelFinds(const std::string& content, const model::Settings& 
   ASSERT_EQ(table->getNumberOfItems(), expected.getNumberOfItems());
   const bool isNotSplit = name == nullptr || !settings.isSplit;
   const long fieldsOfLastLine = isNotSplit ? countFieldsOfLastLine(*table) : 0;
-  for (const char* key : {"K1", "K17", "K170", "K1700", "K", "", "K;1", "K1;K1", "x", "K.1", " K1", "A", "nowhere",
-                          "a key so long that no glance at the beginning of a line will do"}) {
+  for (const std::string& key : keys) {
     const std::string found = findKey(*table, key);
     ASSERT_EQ(found, model::outcomeOf([&] { return expected.getLineByKey(key); })) << '"' << key << '"';
     if (isNotSplit && found.find("No line having key") != std::string::npos) {
@@ -134,6 +146,94 @@ TEST(Glance, IsOfNoUseForTextsWithBytesThatMeanSomething) {
   for (const std::string& wanted : Texts{"a", "a.b", "a\tb", "\xff", std::string(56, 'n')}) {
     EXPECT_TRUE(XelCsvGlance(format, wanted.c_str()).isUsable()) << wanted;
   }
+}
+
+// What is told of the first of several values, for each byte on each side of it and in its midst.
+TEST(Glance, AtAValueThatOthersFollowTellsWhereTheNextOneIsWanted) {
+  constexpr long NextIsUnsure = XelCsvGlance::Unsure;
+  constexpr long NextIsOther = XelCsvGlance::Other;
+  const XelCsvFormat format(";", ',', '"');
+  const XelCsvGlance glance(format, "ab-c--d");
+  const std::string padding(static_cast<std::size_t>(glance.getReach()), ';');
+  const struct {
+    const char* field;
+    long from;
+    long next;
+  } Cases[] = {{"ab;", 0, 3},
+               {"ab\n", 0, 3},
+               {"ab\r\n", 0, 3},
+               {"c;", 3, 5},
+               {";", 5, 6},
+               {"ab-c;", 0, 5},
+               {"ab-c-;", 0, 6},
+               {"a;", 0, NextIsOther},
+               {";", 0, NextIsOther},
+               {"abx;", 0, NextIsOther},
+               {"b;", 3, NextIsOther},
+               {"ab-c--d;", 0, NextIsOther},
+               {"ab-c--dx;", 0, NextIsOther},
+               {"d;", 6, NextIsOther},
+               {" ab;", 0, NextIsUnsure},
+               {"ab ;", 0, NextIsUnsure},
+               {"\"ab\";", 0, NextIsUnsure},
+               {"ab,;", 0, NextIsUnsure}};
+  for (const auto& each : Cases) {
+    EXPECT_EQ(glance.findNext((each.field + padding).c_str(), each.from), each.next) << each.field << each.from;
+  }
+  EXPECT_TRUE(glance.isOther(("x" + padding).c_str(), 6));
+  EXPECT_FALSE(glance.isOther(("d" + padding).c_str(), 6));
+  EXPECT_TRUE(glance.isOther(("dx" + padding).c_str(), 6));
+}
+
+TEST(ScanningSearch, FindsWhatTheModelDoesByAnyColumnsInLongRunsOfLines) {
+  struct Keys {
+    const char* marks;  // of the fields behind the table's name
+    Texts wanted;
+  };
+  const Keys AllKeys[] = {
+      {"0;1", {"K1", "K17", "K1700", "", "x", "K.1", "nowhere"}},
+      {"0;0;1", {"K1", "K17", "x", ""}},
+      {"1;1", {"K1-x", "K17-", "K17-xx", "K1-K1", "K170-x;", "K-", "-", "-x", "K1", "nowhere-x", "K1-nowhere"}},
+      {"1;0;1", {"K1-x", "K17-", "K1-K1", "-"}},
+      {"0;0;0;0;1", {"K1"}}};
+  std::mt19937 random(92);
+  for (int run = 0; run < 150; ++run) {
+    const Keys& keys = AllKeys[run % 5];
+    SCOPED_TRACE(std::to_string(run) + ": " + keys.marks);
+    const bool isMultiTable = run % 2 == 0;
+    model::Settings settings;
+    settings.separators = ";";
+    settings.isMultiTable = isMultiTable;
+    settings.isSplit = run % 4 == 0;
+    settings.decimal = run % 7 == 0 ? '!' : '.';
+    const std::string marker = isMultiTable ? "T|KEYS;" : "|KEYS;";
+    std::string content = marker + keys.marks + "\n";
+    const Texts names = isMultiTable ? (settings.isSplit ? Texts{"T", "T", "U", "T"} : Texts{"T"}) : Texts{""};
+    content += makeContent(random, names, ';', run % 3 != 1);
+    // Lines that end where a key field should begin stand behind all others, so that keys before them are found.
+    const bool hasThird = run % 3 == 2;
+    std::string whole;
+    for (const char byte : content) {
+      if (byte == '\n' && hasThird && random() % 2000 != 0) whole += ";K" + std::to_string(random() % 30);
+      whole += byte;
+    }
+    const XelVectorLevel levels[] = {XelVectorLevel::Plain, XelVectorLevel::Bytes16, XelVectorLevel::Bytes32};
+    const AtVectorLevel taken(levels[random() % 3]);
+    expectWhatTheModelFinds(whole, settings, isMultiTable ? "T" : nullptr, keys.wanted);
+    if (HasFatalFailure()) return;
+  }
+}
+
+// A line of the region that lacks a key field is told wherever it stands, also when its first key field is another.
+TEST(ScanningSearch, ByALaterColumnTellsOfALineWithoutIt) {
+  std::string content = "|KEYS,1,0,1\n";
+  for (int line = 0; line < 5000; ++line) content += "K" + std::to_string(line) + ",x,y\n";
+  OpenTable open(content + "Z,x\nlast,x,y\n", Kind::Scanning);
+  EXPECT_EQ(open.getByKey("K4999", "y"), "5000: [K4999][x][y]");
+  EXPECT_EQ(
+      open.getByKey("last", "y"),
+      "XelFieldNotFoundException | XelCsvReader::XelFieldNotFoundException : Field Not Found at position 2 in line "
+      "number 5001 while trying getStringByPosition");
 }
 
 TEST(ScanningSearch, FindsAndCountsWhatTheModelDoesInLongRunsOfLines) {
