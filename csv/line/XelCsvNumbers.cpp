@@ -62,6 +62,19 @@ const char* readDigits(const char* at, std::uint64_t& number) noexcept {
   }
 }
 
+// A number that fits with a sign. Without a jump, since no one knows which sign comes next.
+inline std::int64_t sign(std::uint64_t number, bool isNegative) noexcept {
+  const std::uint64_t ones = std::uint64_t{0} - static_cast<std::uint64_t>(isNegative);
+  return static_cast<std::int64_t>((number ^ ones) - ones);
+}
+
+// A mantissa of at most LargestExact as a double. It is signed before it is rounded, which the step after this does: where
+// a process rounds upwards or downwards, a negative number rounds the other way.
+inline double toDouble(std::uint64_t mantissa, bool isNegative) noexcept {
+  if (mantissa == 0) return isNegative ? -0.0 : 0.0;
+  return static_cast<double>(sign(mantissa, isNegative));
+}
+
 // Reads the exponent of a number from behind its "e"; false unless it is a short one that ends the text.
 bool readExponent(const char* at, long& exponent) noexcept {
   const bool isNegative = *at == '-';
@@ -69,7 +82,7 @@ bool readExponent(const char* at, long& exponent) noexcept {
   std::uint64_t number = 0;
   const char* end = readDigits(at, number);
   if (end == at || end - at > MostIntDigits || *end != '\0') return false;
-  exponent = isNegative ? -static_cast<long>(number) : static_cast<long>(number);
+  exponent = sign(number, isNegative);
   return true;
 }
 
@@ -96,19 +109,13 @@ bool readShortFloat(const char* text, double& value) noexcept {
     exponent += shift;
   }
   if (exponent < -LargestPower || exponent > LargestPower) return false;
-  if (mantissa == 0) {
-    value = isNegative ? -0.0 : 0.0;
-    return true;
-  }
-  // Signed before it is rounded: where a process rounds upwards or downwards, a negative number rounds the other way.
-  const auto whole =
-      static_cast<double>(isNegative ? -static_cast<std::int64_t>(mantissa) : static_cast<std::int64_t>(mantissa));
+  const double whole = toDouble(mantissa, isNegative);
   value = exponent < 0 ? whole / Powers[-exponent] : whole * Powers[exponent];
   return true;
 }
 
 // What strtol reads in base 10.
-long readInt(const char* text) noexcept {
+inline long readInt(const char* text) noexcept {
   const char* begin = text;
   while (*begin == ' ') ++begin;
   const bool isNegative = *begin == '-';
@@ -116,7 +123,16 @@ long readInt(const char* text) noexcept {
   std::uint64_t number = 0;
   const char* const end = readDigits(begin, number);
   if (end == begin || end - begin > MostIntDigits) return std::strtol(text, nullptr, Decimal);
-  return isNegative ? -static_cast<long>(number) : static_cast<long>(number);
+  return sign(number, isNegative);
+}
+
+// Floats of all kinds.
+[[gnu::noinline]] double parseFurther(const char* text) noexcept {
+  const int infinity = getInfinitySign(text);
+  if (infinity != 0) return infinity > 0 ? XelGetInfinity() : -XelGetInfinity();
+  double value = 0.0;
+  if (AreDoublesExact && readShortFloat(text, value)) return value;
+  return std::strtod(text, nullptr);
 }
 
 bool fitsIn32Bits(long value) { return value == static_cast<long>(static_cast<std::int32_t>(value)); }
@@ -124,11 +140,24 @@ bool fitsIn32Bits(long value) { return value == static_cast<long>(static_cast<st
 }  // namespace
 
 double XelParseFloat(const char* text) noexcept {
-  const int sign = getInfinitySign(text);
-  if (sign != 0) return sign > 0 ? XelGetInfinity() : -XelGetInfinity();
-  double value = 0.0;
-  if (AreDoublesExact && readShortFloat(text, value)) return value;
-  return std::strtod(text, nullptr);
+  const bool isNegative = *text == '-';
+  const char* const begin = text + static_cast<long>(isNegative);
+  std::uint64_t mantissa = 0;
+  const char* at = readDigits(begin, mantissa);
+  long digits = at - begin;
+  const bool hasPoint = *at == '.';
+  long decimals = 0;
+  if (hasPoint) {
+    const char* const fraction = at + 1;
+    at = readDigits(fraction, mantissa);
+    decimals = at - fraction;
+    digits += decimals;
+  }
+  const bool isShort = *at == '\0' && digits > 0 && digits <= MostDigits && mantissa <= LargestExact;
+  if (!AreDoublesExact || !isShort) return parseFurther(text);
+  const double whole = toDouble(mantissa, isNegative);
+  if (!hasPoint) return whole;
+  return isPointDecimal() ? whole / Powers[decimals] : parseFurther(text);
 }
 
 double XelParseFloatOrUnbounded(const char* text) noexcept {
