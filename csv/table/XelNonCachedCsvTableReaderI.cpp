@@ -58,14 +58,14 @@ class PassedOver {
     return index;
   }
 
-  // Learns from the first field of a raw line of the table.
+  // Learns from the first field of a raw line of the table that has its key fields. When the only one is the second, there
+  // is a separator behind the first.
   void learn(const XelCsvSpan& line) noexcept {
     if (last != 1) return;
     const XelCsvFormat& format = table.getReader()->getFormat();
     const XelCsvSpan field = XelFirstField(line.begin, line.end, format);
     const auto isQuote = [&](char byte) { return format.getClass(byte) == XelByteClass::Quote; };
-    const bool isSimple =
-        field.end != line.end && format.isSeparator(*field.end) && std::none_of(field.begin, field.end, isQuote);
+    const bool isSimple = std::none_of(field.begin, field.end, isQuote);
     if (!isSimple || !beginning.set(field.begin, field.end + 1)) beginning.clear();
     beginningLength = field.getLength() + 1;
   }
