@@ -155,7 +155,7 @@ XELCSV_END_VECTORS_32
 XelFieldFinder* XelGetFieldFinder(const XelCsvFormat& format) noexcept {
 #if XELCSV_HAS_VECTORS
   const XelCsvMarks& marks = format.getMarks();
-  if (marks.separators > 0) {
+  if (marks.separators > 0 && !marks.dropsSpaces) {
     const bool isOne = marks.separators == 1;
     const XelVectorLevel level = XelGetVectorLevel();
     if (level == XelVectorLevel::Bytes32) return isOne ? findBy32<1> : findBy32<XelCsvMarks::MostSeparators>;

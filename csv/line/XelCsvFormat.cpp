@@ -19,7 +19,7 @@ void XelCsvFormat::setMarks(char decimal, char quote) noexcept {
   for (int value = 0; value < 256; ++value) {
     const char byte = static_cast<char>(value);
     if (!isSeparator(byte)) continue;
-    if (byte == ' ' || count == XelCsvMarks::MostSeparators) {
+    if (count == XelCsvMarks::MostSeparators) {
       count = 0;
       break;
     }
@@ -27,6 +27,7 @@ void XelCsvFormat::setMarks(char decimal, char quote) noexcept {
     ++count;
   }
   marks.separators = count;
+  marks.dropsSpaces = getClass(' ') == XelByteClass::SpaceSeparator;
   marks.quote = getClass(quote) == XelByteClass::Quote ? quote : '\n';
   marks.replacesDecimal = decimal != '.' && getClass(decimal) == XelByteClass::Decimal;
   marks.decimal = marks.replacesDecimal ? decimal : '\n';

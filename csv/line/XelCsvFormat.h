@@ -13,11 +13,12 @@ enum class XelByteClass : unsigned char { Text, Separator, SpaceSeparator, Quote
 struct XelCsvMarks {
   static constexpr std::size_t MostSeparators = 8;
 
-  std::size_t separators;          // how many; 0 when there are too many, or none, or a space among them
+  std::size_t separators;          // how many; 0 when there are too many, or none
   char separator[MostSeparators];  // the last one again where there are fewer
   char quote;                      // a line end where no byte is a quote
   char decimal;                    // a line end where no byte is to become '.'
   bool replacesDecimal;            // whether the decimal character is one that formatting replaces
+  bool dropsSpaces;                // whether a space is among the separators
 };
 
 // The bytes of a line by class. A terminator, a line feed and a carriage return end a line whatever the settings say; a

@@ -35,6 +35,7 @@ class Window16 {
   }
 
   std::uint64_t getQuotes() const noexcept { return getEqual(quote); }
+  std::uint64_t getSpaces() const noexcept { return getEqual(fill(' ')); }
 
   // Zero byte, line feed and carriage return.
   std::uint64_t getEnds() const noexcept {

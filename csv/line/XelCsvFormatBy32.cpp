@@ -30,9 +30,8 @@ class Window32 {
 
   std::uint64_t getSeparators() const noexcept { return join(lowSeparators, highSeparators); }
 
-  std::uint64_t getQuotes() const noexcept {
-    return join(_mm256_cmpeq_epi8(low, quote), _mm256_cmpeq_epi8(high, quote));
-  }
+  std::uint64_t getQuotes() const noexcept { return getEqual(quote); }
+  std::uint64_t getSpaces() const noexcept { return getEqual(fill(' ')); }
 
   // Zero byte, line feed and carriage return.
   std::uint64_t getEnds() const noexcept { return join(getEnds(low), getEnds(high)); }
@@ -80,6 +79,10 @@ class Window32 {
   static std::uint64_t join(__m256i first, __m256i second) noexcept {
     const auto bits = static_cast<std::uint32_t>(_mm256_movemask_epi8(first));
     return bits | (static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm256_movemask_epi8(second))) << 32);
+  }
+
+  std::uint64_t getEqual(__m256i byte) const noexcept {
+    return join(_mm256_cmpeq_epi8(low, byte), _mm256_cmpeq_epi8(high, byte));
   }
 
   __m256i findSeparators(__m256i bytes) const noexcept {

@@ -14,6 +14,12 @@
 // bytes are stored at once, a zero byte blended in where a separator is and a '.' where a decimal character is. In a
 // window with quotes the runs between them are stored one close behind the other, each run whole vectors of which only
 // the beginning stays, for the next run is stored over the rest.
+//
+// Where a space is a separator, one that follows a separator vanishes as quotes do:
+//
+//   bytes       K 1 _ _ 7 , _ 4 \n          with the separators ',' and '_', which stands for the space
+//   separators  . . 1 1 . 1 1 . .
+//   dropped     . . . 1 . . 1 . .           spaces with a bit of the separators one place before
 #pragma once
 
 #include <cstddef>
@@ -22,20 +28,21 @@
 #include "csv/line/XelCsvFormatVectors.h"
 
 // What every width does in the same way: Window has the vectors, Replaces is whether there is a decimal character to
-// become '.'.
-template <class Window, bool Replaces>
+// become '.', DropsSpaces whether a space is a separator.
+template <class Window, bool Replaces, bool DropsSpaces>
 class XelWindowFormatter {
  public:
   // Lines without quotes that end in their first window. The others go on in functions of their own, so that these do
   // not carry what they need.
   static XelFormattedLine format(const char* from, const char* end, char* to, const XelCsvFormat& format,
                                  char** fields) noexcept {
+    if (DropsSpaces) return formatPacked(from, end, to, format, fields);  // hardly a line has no space to drop
     *fields = to;
     Window window(format.getMarks());
     window.load(from);
     const std::uint64_t ends = findEnds(window, from, end);
     const std::uint64_t inside = getBelowLowest(ends);
-    if ((window.getQuotes() & inside) != 0) return formatQuoted(from, end, to, format, fields);
+    if ((window.getQuotes() & inside) != 0) return formatPacked(from, end, to, format, fields);
     char** const starts = addPlain(window, window.getSeparators() & inside, to, fields + 1);
     if (ends == 0) return formatFurther(from, end, to, format, fields, starts);
     const long taken = Window::getLowest(ends);
@@ -56,35 +63,46 @@ class XelWindowFormatter {
       window.load(in);
       const std::uint64_t ends = findEnds(window, in, end);
       const std::uint64_t inside = getBelowLowest(ends);
-      if ((window.getQuotes() & inside) != 0) return formatQuoted(from, end, to, format, fields);
+      if ((window.getQuotes() & inside) != 0) return formatPacked(from, end, to, format, fields);
       starts = addPlain(window, window.getSeparators() & inside, out, starts);
       if (ends != 0) return finish(in + Window::getLowest(ends), out + Window::getLowest(ends), to, starts - fields);
     }
   }
 
   // Lines of all kinds.
-  [[gnu::noinline]] static XelFormattedLine formatQuoted(const char* from, const char* end, char* to,
+  [[gnu::noinline]] static XelFormattedLine formatPacked(const char* from, const char* end, char* to,
                                                          const XelCsvFormat& format, char** fields) noexcept {
     Window window(format.getMarks());
     *fields = to;
     char* out = to;
     char** starts = fields + 1;
-    std::uint64_t inQuotes = 0;  // all bits when the window before ended in quotes
+    std::uint64_t inQuotes = 0;        // all bits when the window before ended in quotes
+    std::uint64_t afterSeparator = 0;  // the lowest bit when it ended with a separator
     for (const char* in = from;; in += Width) {
       window.load(in);
       const std::uint64_t ends = findEnds(window, in, end);
       const std::uint64_t inside = getBelowLowest(ends);
       const std::uint64_t quotes = window.getQuotes() & inside;
-      const std::uint64_t separators = window.getSeparators() & inside;
       const long taken = ends == 0 ? Width : Window::getLowest(ends);
-      if ((quotes | inQuotes) == 0) {
+      std::uint64_t quoted = 0;
+      if ((quotes | inQuotes) != 0) {
+        quoted = getParities(quotes) ^ inQuotes;
+        inQuotes = std::uint64_t{0} - (quoted >> (Width - 1));
+      }
+      std::uint64_t separators = window.getSeparators() & inside & ~quoted;
+      std::uint64_t removed = quotes;
+      if (DropsSpaces) {
+        const std::uint64_t dropped = separators & window.getSpaces() & (separators << 1 | afterSeparator);
+        afterSeparator = separators >> (Width - 1);
+        separators &= ~dropped;
+        removed |= dropped;
+      }
+      if ((removed | quoted) == 0) {
         starts = addPlain(window, separators, out, starts);
         out += taken;
       } else {
-        const std::uint64_t quoted = getParities(quotes) ^ inQuotes;
-        inQuotes = std::uint64_t{0} - (quoted >> (Width - 1));
-        char* const next = addRuns(window, in, taken, quotes, out);
-        starts = addStarts(separators & ~quoted, quotes, out, starts);
+        char* const next = addRuns(window, in, taken, removed, out);
+        starts = addStarts(separators, removed, out, starts);
         out = next;
       }
       if (ends != 0) return finish(in + taken, out, to, starts - fields);
@@ -107,24 +125,24 @@ class XelWindowFormatter {
     return Window::addStarts(starts, out + 1, separators);
   }
 
-  // Writes the runs between the quotes of a window, and answers the place behind.
-  static char* addRuns(const Window& window, const char* in, long taken, std::uint64_t quotes, char* out) noexcept {
+  // Writes the runs between the bytes of a window that are removed, and answers the place behind.
+  static char* addRuns(const Window& window, const char* in, long taken, std::uint64_t removed, char* out) noexcept {
     long run = 0;
-    for (; quotes != 0; quotes &= quotes - 1) {
-      const long quote = Window::getLowest(quotes);
-      window.template copy<Replaces>(in + run, out, quote - run);
-      out += quote - run;
-      run = quote + 1;
+    for (; removed != 0; removed &= removed - 1) {
+      const long end = Window::getLowest(removed);
+      window.template copy<Replaces>(in + run, out, end - run);
+      out += end - run;
+      run = end + 1;
     }
     window.template copy<Replaces>(in + run, out, taken - run);
     return out + (taken - run);
   }
 
   // Ends the fields at separators among the runs that are written from out on, and answers the place behind the starts.
-  static char** addStarts(std::uint64_t separators, std::uint64_t quotes, char* out, char** starts) noexcept {
+  static char** addStarts(std::uint64_t separators, std::uint64_t removed, char* out, char** starts) noexcept {
     for (; separators != 0; separators &= separators - 1) {
-      const long quotesBefore = Window::getCount(quotes & getBelowLowest(separators));
-      char* const at = out + Window::getLowest(separators) - quotesBefore;
+      const long removedBefore = Window::getCount(removed & getBelowLowest(separators));
+      char* const at = out + Window::getLowest(separators) - removedBefore;
       *at = '\0';
       *starts++ = at + 1;
     }
@@ -148,20 +166,23 @@ class XelWindowFormatter {
   }
 };
 
-// Of the forms for one separator and for more, with and without a decimal character to replace, the one that does no
-// more than a format needs.
+// Of the forms with and without a decimal character to replace and spaces to drop, the one that does no more than a format
+// needs.
+template <class Window>
+static XelPaddedFormatter* XelGetWindowFormatterOf(const XelCsvMarks& marks) noexcept {
+  if (marks.dropsSpaces) {
+    return marks.replacesDecimal ? XelWindowFormatter<Window, true, true>::format
+                                 : XelWindowFormatter<Window, false, true>::format;
+  }
+  return marks.replacesDecimal ? XelWindowFormatter<Window, true, false>::format
+                               : XelWindowFormatter<Window, false, false>::format;
+}
+
+// The same of the forms for one separator and for more.
 template <template <std::size_t> class Window>
 static XelPaddedFormatter* XelGetWindowFormatter(const XelCsvMarks& marks) noexcept {
   constexpr std::size_t Few = 3;
-  constexpr std::size_t Most = XelCsvMarks::MostSeparators;
-  const auto choose = [&marks](XelPaddedFormatter* replacing, XelPaddedFormatter* keeping) {
-    return marks.replacesDecimal ? replacing : keeping;
-  };
-  if (marks.separators == 1) {
-    return choose(XelWindowFormatter<Window<1>, true>::format, XelWindowFormatter<Window<1>, false>::format);
-  }
-  if (marks.separators <= Few) {
-    return choose(XelWindowFormatter<Window<Few>, true>::format, XelWindowFormatter<Window<Few>, false>::format);
-  }
-  return choose(XelWindowFormatter<Window<Most>, true>::format, XelWindowFormatter<Window<Most>, false>::format);
+  if (marks.separators == 1) return XelGetWindowFormatterOf<Window<1>>(marks);
+  if (marks.separators <= Few) return XelGetWindowFormatterOf<Window<Few>>(marks);
+  return XelGetWindowFormatterOf<Window<XelCsvMarks::MostSeparators>>(marks);
 }

@@ -26,13 +26,14 @@ struct Settings {
   char quote;
 };
 
-// One separator, a few and many, with and without a decimal character to replace; a quote that is none, separators above
-// 127, and sets that no vector is compared with.
+// One separator, a few and many, with and without a decimal character to replace and spaces to drop; a quote that is none,
+// separators above 127, and sets that no vector is compared with.
 const Settings AllSettings[] = {{",", '.', '"'},         {";", ',', '"'},          {",;\t", '.', '"'},
                                 {";:", ',', '\''},       {",;\t|", '.', '"'},      {";:\t|/", ',', '\''},
                                 {",;:|/+*\t", '.', '"'}, {",\xA7", '.', '"'},      {"\xFF\x80", 'e', '\xFE'},
                                 {",", '\n', '\r'},       {",;:|/+*\t-", '.', '"'}, {", ", '.', '"'},
-                                {"", '.', '"'}};
+                                {" ", '.', '"'},         {" ;", ',', '"'},         {" ,;:|/+*", '.', '"'},
+                                {" ,;:|/+*", '!', '"'},  {" ", ',', '"'},          {"", '.', '"'}};
 
 // What formatting made of a line, in memory that is used again for the next one.
 class Formatted {
@@ -118,8 +119,10 @@ std::vector<std::string> makeTexts(const std::string& alphabet, int length) {
 }
 
 std::string getAlphabet(const Settings& settings) {
-  return "a\n\r"s + '\0' + settings.decimal + settings.quote +
-         (settings.separators[0] == '\0' ? ',' : settings.separators[0]);
+  const std::string separators = settings.separators;
+  const bool hasSpace = separators.find(' ', 1) != std::string::npos;
+  return "a\n\r"s + '\0' + settings.decimal + settings.quote + (separators.empty() ? ',' : separators[0]) +
+         (hasSpace ? " " : "");
 }
 
 // All lines of a file with their numbers, as an iterator gives them.
@@ -172,7 +175,7 @@ TEST(VectorLevel, IsTheBestUntilALowerOneIsChosen) {
   EXPECT_EQ(XelGetVectorLevel(), best);
 }
 
-TEST(Marks, AreAtMostEightSeparatorsAndNoSpace) {
+TEST(Marks, AreAtMostEightSeparators) {
   const struct {
     const char* separators;
     std::size_t count;
@@ -184,8 +187,8 @@ TEST(Marks, AreAtMostEightSeparatorsAndNoSpace) {
       {"|;,\t", 4, "\t,;|||||"},
       {"76543210", 8, "01234567"},
       {"876543210", 0, ""},
-      {", ", 0, ""},
-      {" ", 0, ""},
+      {", ", 2, " ,,,,,,,"},
+      {" ", 1, "        "},
       {"", 0, ""},
       {"\xA7\x7F", 2, "\x7F\xA7\xA7\xA7\xA7\xA7\xA7\xA7"},
       {",\n\r", 1, ",,,,,,,,"},
@@ -194,6 +197,7 @@ TEST(Marks, AreAtMostEightSeparatorsAndNoSpace) {
     const XelCsvFormat format(row.separators, '.', '"');
     const XelCsvMarks& marks = format.getMarks();
     EXPECT_EQ(marks.separators, row.count) << testing::PrintToString(row.separators);
+    EXPECT_EQ(marks.dropsSpaces, std::string(row.separators).find(' ') != std::string::npos);
     if (row.count > 0) {
       EXPECT_EQ(std::string(marks.separator, 8), row.eight) << testing::PrintToString(row.separators);
     }
