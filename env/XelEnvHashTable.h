@@ -160,17 +160,17 @@ class XelEnvHashTable : public XelEnvObjectI {
   // No item and no bucket is left; the size stays, and a later add() makes the buckets again.
   void clear() noexcept {
     if (buckets == nullptr) return;
-    for (long index = 0; index < size; ++index) {
+    for (long index = 0; count > 0; ++index) {
       Item* item = buckets[index];
       while (item != nullptr) {
         Item* next = item->getNext();
         XelFree(env, item);
+        --count;
         item = next;
       }
     }
     XelFree(env, buckets, size);
     buckets = nullptr;
-    count = 0;
   }
 
   // Exchanges everything with another table, the environments too.

@@ -1,5 +1,6 @@
 #include "csv/line/XelCsvFormat.h"
 
+#include <algorithm>
 #include <initializer_list>
 
 XelCsvFormat::XelCsvFormat(const char* separators, char decimal, char quote) noexcept {
@@ -11,22 +12,25 @@ XelCsvFormat::XelCsvFormat(const char* separators, char decimal, char quote) noe
     set(*byte, *byte == ' ' ? XelByteClass::SpaceSeparator : XelByteClass::Separator);
   }
   for (const char byte : {'\0', '\n', '\r'}) set(byte, XelByteClass::LineEnd);
-  setMarks(decimal, quote);
+  setMarks(separators, decimal, quote);
 }
 
-void XelCsvFormat::setMarks(char decimal, char quote) noexcept {
-  std::size_t count = 0;
-  for (int value = 0; value < 256; ++value) {
-    const char byte = static_cast<char>(value);
-    if (!isSeparator(byte)) continue;
-    if (count == XelCsvMarks::MostSeparators) {
-      count = 0;
+void XelCsvFormat::setMarks(const char* separators, char decimal, char quote) noexcept {
+  char* const set = marks.separator;
+  char* const behind = set + XelCsvMarks::MostSeparators;
+  char* free = set;
+  for (const char* byte = separators; *byte != '\0'; ++byte) {
+    if (!isSeparator(*byte) || std::find(set, free, *byte) != free) continue;
+    if (free == behind) {
+      free = set;
       break;
     }
-    for (std::size_t place = count; place < XelCsvMarks::MostSeparators; ++place) marks.separator[place] = byte;
-    ++count;
+    *free++ = *byte;
   }
-  marks.separators = count;
+  std::sort(set, free,
+            [](char left, char right) { return static_cast<unsigned char>(left) < static_cast<unsigned char>(right); });
+  if (free != set) std::fill(free, behind, free[-1]);
+  marks.separators = static_cast<std::size_t>(free - set);
   marks.dropsSpaces = getClass(' ') == XelByteClass::SpaceSeparator;
   marks.quote = getClass(quote) == XelByteClass::Quote ? quote : '\n';
   marks.replacesDecimal = decimal != '.' && getClass(decimal) == XelByteClass::Decimal;

@@ -38,7 +38,7 @@ class XelCsvFormat {
   const XelCsvMarks& getMarks() const noexcept { return marks; }
 
  private:
-  void setMarks(char decimal, char quote) noexcept;
+  void setMarks(const char* separators, char decimal, char quote) noexcept;
 
   XelCsvMarks marks{};
   XelByteClass classes[256];

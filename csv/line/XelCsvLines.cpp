@@ -21,7 +21,7 @@ int XelCsvLines::open(const char* fileName, const char* mode, XelCsvReach reach)
 void XelCsvLines::close() noexcept {
   file.close();
   block = XelEnvBlock<char>();
-  size = blockOffset = next = filled = 0;
+  size = blockOffset = next = filled = expectedSize = 0;
   line = {nullptr, nullptr};
   fileEnded = ended = false;
 }
@@ -86,7 +86,9 @@ void XelCsvLines::fill() {
     next -= kept;
     filled = rest;
   }
-  const long wanted = size - filled;
+  // Asked for what is there and no more, the stream does not ask the system a second time to see the end.
+  const long expected = expectedSize - blockOffset - filled;
+  const long wanted = expected > 0 ? std::min(expected, size - filled) : size - filled;
   const long came = file.read(block.get() + filled, wanted);
   filled += came;
   // A short block is not yet the end: a file may grow while it is read.

@@ -28,6 +28,10 @@ class XelCsvLines : public XelEnvResident {
   // Closes the file and gives the block back. Leaves errno alone.
   void close() noexcept;
 
+  // The file is likely to have so many bytes: reading asks for those at first, and looks for more behind them only when a
+  // line does. After open(), which forgets it.
+  void expectSize(long bytes) noexcept { expectedSize = bytes; }
+
   // Goes to a byte offset; reading goes on from there, also after the end was met, and getLine() is empty until then.
   // False when the file cannot be positioned.
   bool seek(long offset) noexcept;
@@ -96,6 +100,7 @@ class XelCsvLines : public XelEnvResident {
   long blockOffset = 0;     // offset in the file of the block's first byte
   long next = 0;            // index in the block of the next line
   long filled = 0;          // bytes read into the block
+  long expectedSize = 0;    // of the file; 0 when nothing is known
   XelCsvSpan line{nullptr, nullptr};
   bool fileEnded = false;  // no byte comes after those in the block
   bool ended = false;

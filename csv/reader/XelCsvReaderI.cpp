@@ -70,8 +70,8 @@ void XelCsvReaderI::clear() noexcept {
     tableNames.end();
   }
   numberOfTables = 0;
-  for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&tables); it.ok(); ++it) {
-    XelFree(env, *it);
+  if (tables.getCount() > 0) {
+    for (XelEnvHashTable<const char*, OffsetAndLineNumber*>::Iterator it(&tables); it.ok(); ++it) XelFree(env, *it);
   }
   tables.clear();
   endOffsets.clear();

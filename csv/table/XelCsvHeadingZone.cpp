@@ -23,6 +23,7 @@ void XelCsvTableReaderI::readHeadingZone(const OffsetAndLineNumber* start) {
     endOffset = reader->getEndOffset(nameOfTable);
   } else {
     endOffset = file.goToEnd();
+    file.expectSize(endOffset);
   }
   if (!file.seek(offset)) XelCsvErrors::corruptedTable(getSite());
 

@@ -94,6 +94,7 @@ bool XelCsvTableReaderI::tryOpen(XelCsvLines& lines) noexcept {
 void XelCsvTableReaderI::open(XelCsvLines& lines, const char* mode, XelCsvReach reach) const {
   const int error = lines.open(reader->getFileName(), mode, reach);
   if (error != 0) XelThrowOpenError(error, reader->getFileName());
+  if (!reader->isMultiTable()) lines.expectSize(endOffset);
 }
 
 void XelCsvTableReaderI::openAt(XelCsvLines& lines, const char* mode, XelCsvReach reach, long offset) const {

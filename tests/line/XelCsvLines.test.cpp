@@ -78,14 +78,32 @@ bool readBoth(XelCsvLines& lines, StdioLines& stdio, bool& hasLine) {
          (!hasLine || getText(lines) == stdio.getLine());
 }
 
+// How a file is opened, and the size that is expected of it.
+struct Opening {
+  XelCsvReach reach;
+  long expectedSize;
+};
+
+// Nothing expected, the size itself, less and more.
+std::vector<Opening> getOpenings(const std::string& content) {
+  const long size = static_cast<long>(content.size());
+  std::vector<Opening> openings;
+  for (const XelCsvReach reach : BothReaches) {
+    for (const long expected : {0L, size, size / 2 + 1, size + 5000}) openings.push_back({reach, expected});
+  }
+  return openings;
+}
+
 // Reads the file to its end and beyond.
 void expectSameLines(const std::string& content) {
   const DataFile file(content);
-  for (const XelCsvReach reach : BothReaches) {
-    SCOPED_TRACE(reach == XelCsvReach::OneLine ? "one line" : "many lines");
+  for (const Opening& opening : getOpenings(content)) {
+    SCOPED_TRACE(std::string(opening.reach == XelCsvReach::OneLine ? "one line" : "many lines") + ", expected size " +
+                 std::to_string(opening.expectedSize));
     TestEnv env;
     XelCsvLines lines(env);
-    ASSERT_EQ(lines.open(file.getName(), "rb", reach), 0);
+    ASSERT_EQ(lines.open(file.getName(), "rb", opening.reach), 0);
+    lines.expectSize(opening.expectedSize);
     StdioLines stdio(file.getName());
     bool hasLine = true;
     for (long number = 0; hasLine; ++number) {
@@ -100,10 +118,11 @@ void expectSameLines(const std::string& content) {
 
 void expectSameSkipping(const std::string& content) {
   const DataFile file(content);
-  for (const XelCsvReach reach : BothReaches) {
+  for (const Opening& opening : getOpenings(content)) {
     TestEnv env;
     XelCsvLines lines(env);
-    ASSERT_EQ(lines.open(file.getName(), "r", reach), 0);
+    ASSERT_EQ(lines.open(file.getName(), "r", opening.reach), 0);
+    lines.expectSize(opening.expectedSize);
     StdioLines stdio(file.getName());
     long number = -1;
     long offset = 0;
