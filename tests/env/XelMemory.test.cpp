@@ -183,6 +183,33 @@ TEST(XelEnvI, GeneralAllocatorUsesTheEnvironment) {
   EXPECT_EQ(env.getAllocator().getBlocksOut(), blocks);
 }
 
+// Blocks for which the system is asked for pages of 2 MiB, and those a little smaller.
+TEST(XelMemory, BlocksOfMegabytesAreLikeOthers) {
+  constexpr long Page = 2L << 20;
+  XelMemory memory;
+  std::vector<char*> blocks;
+  const long sizes[] = {Page / 2, Page - 100, Page, Page + 1, 5 * Page, 8 * Page};
+  long sum = 0;
+  for (const long size : sizes) {
+    auto* block = static_cast<char*>(memory.allocate(size));
+    ASSERT_EQ(reinterpret_cast<std::uintptr_t>(block) % static_cast<std::uintptr_t>(XelBlockAlignment), 0U);
+    std::memset(block, static_cast<int>(blocks.size()), static_cast<std::size_t>(size));
+    blocks.push_back(block);
+    sum += XelMemory::getBlockSize(XelMemory::getIndex(size));
+    EXPECT_EQ(memory.getBytesInUse(), sum);
+    EXPECT_EQ(memory.getBytesAllocated(), sum);
+  }
+  for (std::size_t number = 0; number < blocks.size(); ++number) {
+    const char* block = blocks[number];
+    const auto size = static_cast<std::size_t>(sizes[number]);
+    EXPECT_EQ(block[0], static_cast<char>(number));
+    EXPECT_EQ(std::memcmp(block, block + 1, size - 1), 0) << size;
+    memory.free(blocks[number], sizes[number]);
+  }
+  EXPECT_EQ(memory.getBytesInUse(), 0);
+  EXPECT_EQ(memory.getBytesAllocated(), 0);
+}
+
 // A small environment costs little, a large one few calls of the system.
 TEST(XelMemory, TakesChunksFromTheSystemThatDoubleUpTo64KiB) {
   XelMemory memory;
