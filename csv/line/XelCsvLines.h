@@ -67,6 +67,21 @@ class XelCsvLines : public XelEnvResident {
     anyRead = true;
   }
 
+  // The same for a line whose text was seen to end at stop, of all its bytes that ahead shows. False, and nothing has
+  // changed, when that does not tell where the line ends.
+  bool takeLine(const XelCsvSpan& ahead, const char* stop) noexcept {
+    const char* end = stop;
+    if (end == ahead.end) {
+      if (ahead.getLength() < LongestLine) return false;
+    } else {
+      if (*end == '\r' && end + 1 != ahead.end) ++end;
+      if (*end != '\n') return false;
+      ++end;
+    }
+    take(end);
+    return true;
+  }
+
   // The line read last, its line feed included; it stays until the next one is read, and padding is behind it. Before
   // the first it is a text of no bytes at no address.
   XelCsvSpan getLine() const noexcept { return line; }

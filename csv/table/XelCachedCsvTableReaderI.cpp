@@ -39,8 +39,7 @@ long XelCachedCsvTableReaderI::stockLineOffsets(XelCsvLines& lines) {
   index.expect(firstDataOffset, endOffset);
   bool isNew = true;
   try {
-    while (isNew && scan.next() && scan.isInside()) {
-      scan.format();
+    while (isNew && scan.nextFormatted()) {
       if (isSplit() && !scan.isOwn()) continue;
       scan.checkNumberOfKeys();
       isNew = addLine(scan.composeKey(key), {scan.getOffset(), scan.getLineNumber()});

@@ -86,12 +86,11 @@ bool XelCsvIndex::insertOldest() {
 
 // Only where there is room.
 bool XelCsvIndex::insert(const Pending& line) {
-  const char* key = lines.at(line.place)->getKey();
   const long count = slots.getCount();
   long at = getHome(line.hash);
   for (; slots[at] != 0; at = at + 1 == count ? 0 : at + 1) {
     const Slot slot = slots[at];
-    if (getHash(slot) == line.hash && std::strcmp(lines.at(getPlace(slot))->getKey(), key) == 0) return false;
+    if (getHash(slot) == line.hash && hasEqualKey(getPlace(slot), line.place)) return false;
   }
   slots[at] = makeSlot(line.hash, line.place);
   ++used;

@@ -84,7 +84,11 @@ class XelCsvIndex {
     return static_cast<long>((hash * static_cast<std::uint64_t>(slots.getCount())) >> HashBits);
   }
 
-  Pending& getPending(long number) noexcept { return pending[number % Delay]; }
+  Pending& getPending(long number) noexcept { return pending[static_cast<unsigned long>(number) % Delay]; }
+  bool hasEqualKey(Place first, Place second) const noexcept {
+    return std::strcmp(lines.at(first)->getKey(), lines.at(second)->getKey()) == 0;
+  }
+
   bool insertOldest();
   bool insert(const Pending& line);
   void makeRoom();

@@ -31,6 +31,15 @@ class XelCsvScan {
   // Formats the line read last, comment or empty line included. Throws std::bad_alloc.
   void format();
 
+  // Goes to the next data line that begins in the table's region and formats it; false when there is none. Mostly in one
+  // look at its bytes. Throws std::bad_alloc.
+  bool nextFormatted() {
+    if (text.get() != nullptr && goToPlainLine()) return true;  // there is no text before the first line
+    if (!next() || !isInside()) return false;
+    format();
+    return true;
+  }
+
   // Formats the text that format() left once more; false when that changed nothing, nor ever will.
   bool formatAgain() noexcept;
 
@@ -41,8 +50,10 @@ class XelCsvScan {
   void checkNumberOfKeys() const;
 
   // The formatted line's key, which stays until another line is formatted or key is used again: one value lies in the
-  // line, several are joined in key. Throws XelFieldNotFoundException when the line lacks a key field, std::bad_alloc.
-  XelCsvSpan composeKey(XelCsvKey& key) const;
+  // line; several are joined there too, where nothing but their terminators is between them, and the line's fields are
+  // no longer apart then; others are joined in key. Throws XelFieldNotFoundException when the line lacks a key field,
+  // std::bad_alloc.
+  XelCsvSpan composeKey(XelCsvKey& key);
 
   // Whether the formatted line has this key. Throws XelFieldNotFoundException when it lacks a key field, whether or not
   // the fields before it match.
@@ -60,10 +71,22 @@ class XelCsvScan {
   void passOver(long passed) noexcept { lineNumber += passed; }
 
  private:
-  // A field of the formatted line without the spaces around it.
+  // Goes to the next line when it is a data line in the table's region, and formats it. False, and nothing has changed
+  // but the text, when one look at its bytes does not tell.
+  bool goToPlainLine() noexcept;
+
+  // Joins the values of the key columns in the text; false when there is more to do.
+  bool joinKey(XelCsvSpan& key) const noexcept;
+
+  // A field of the formatted line as it is, and the same without the spaces around it.
+  XelCsvSpan getField(long position) const noexcept {
+    const bool isLast = position + 1 == table->getNumberOfFields();
+    const char* end = isLast ? text.get() + table->getLineLength() : fields[position + 1];
+    return {fields[position], end - 1};
+  }
   XelCsvSpan getTrimmed(long position) const noexcept;
 
-  // The same of a key field. Throws XelFieldNotFoundException.
+  // A key field without the spaces around it. Throws XelFieldNotFoundException.
   XelCsvSpan getKeyValue(long key) const;
 
   XelCsvTableReaderI* table;
@@ -74,4 +97,5 @@ class XelCsvScan {
   XelEnvBlock<char*> fields;
   long offset;
   long lineNumber;
+  bool isKeyInOnePiece;  // whether the table's key columns stand side by side in the order of the key
 };

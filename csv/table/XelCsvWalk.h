@@ -84,15 +84,7 @@ inline bool XelCsvWalk::goToPlainLine(long& lineNumber) noexcept {
 
 inline bool XelCsvWalk::takePlainLine(const XelCsvSpan& ahead, long lineNumber) noexcept {
   const XelFormattedLine formatted = formatLine(ahead);
-  const char* end = formatted.stop;  // of the physical line
-  if (end == ahead.end) {
-    if (ahead.getLength() < XelCsvLines::LongestLine) return false;
-  } else {
-    if (*end == '\r' && end + 1 != ahead.end) ++end;
-    if (*end != '\n') return false;
-    ++end;
-  }
-  file.take(end);
+  if (!file.takeLine(ahead, formatted.stop)) return false;
   use(formatted, lineNumber);
   return true;
 }

@@ -83,6 +83,49 @@ TEST(CachedTable, AShortLineOfAnotherTableIsNotLookedAtWhereTablesAreSplit) {
   EXPECT_EQ(open.getAll(), (Lines{"0: [A][1][2]", "2: [A][3][4]"}));
 }
 
+// Values of columns that stand side by side are joined where they lie; the result is that of joining them elsewhere.
+TEST(CachedTable, KeysOfColumnsSideBySideAndApartAreComposedAlike) {
+  struct Case {
+    const char* keys;
+    std::string line;
+    std::string key;
+    std::string fields;  // as they stand in the file
+  };
+  const std::string text(9000, 'x');
+  const Case cases[] = {
+      {"1,0,0", "a,b,c\n", "a", "[a][b][c]"},
+      {"0,0,1", "a,b, c \n", "c", "[a][b][ c ]"},
+      {"1,1,0", "a,b,c\n", "a-b", "[a][b][c]"},
+      {"0,1,1", "a,b,c\n", "b-c", "[a][b][c]"},
+      {"0,1,1", "a,b,c", "b-c", "[a][b][c]"},
+      {"1,0,1", "a,b,c\r\n", "a-c", "[a][b][c]"},
+      {"1,1,1", "a,b,c\r\n", "a-b-c", "[a][b][c]"},
+      {"1,1,1", " a,b,c\n", "a-b-c", "[ a][b][c]"},
+      {"1,1,1", "a,b ,c\n", "a-b-c", "[a][b ][c]"},
+      {"1,1,1", "a,b,c \n", "a-b-c", "[a][b][c ]"},
+      {"1,1,1", ",,\n", "--", "[][][]"},
+      {"1,1,0", " ,,c\n", "-", "[ ][][c]"},
+      {"1,1,0", "\"a,x\",b\"\",c\n", "a,x-b", "[a,x][b][c]"},
+      {"1,1,0", "a-b,-,c\n", "a-b--", "[a-b][-][c]"},
+      {"1,1,1", "a,b,c,d\n", "a-b-c", "[a][b][c][d]"},
+      {"1,1,0", "a," + text + ",c\n", "a-" + text, "[a][" + text + "][c]"},
+      {"1,1,0", text + "," + text.substr(0, 997) + ",\n", text + "-" + text.substr(0, 997),
+       "[" + text + "][" + text.substr(0, 997) + "][]"},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(std::string(test.keys) + ": " + test.line.substr(0, 20));
+    // A line before it, for the first one of a file is read in another way.
+    OpenTable open("|KEYS," + std::string(test.keys) + "\nfirst,of,all\n" + test.line, Kind::Cached);
+    const XelCachedCsvTableReaderI* table = implOf(open);
+    EXPECT_STREQ(table->getLineKey(1), test.key.c_str());
+    const OffsetAndLineNumber* start = table->getOffsetAndLineNumber(test.key.c_str());
+    ASSERT_NE(start, nullptr);
+    EXPECT_EQ(start->offset, 25);
+    EXPECT_EQ(start->lineNumber, 2);
+    EXPECT_EQ(textOf(open.table.getLineByNumber(1)), "2: " + test.fields);
+  }
+}
+
 TEST(CachedTable, KeysAreIndexedTrimmedAndJoined) {
   OpenTable open("|KEYS,0,1,1\nx, a ,b-c\n", Kind::Cached);
   EXPECT_STREQ(implOf(open)->getLineKey(0), "a-b-c");
