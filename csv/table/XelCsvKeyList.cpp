@@ -25,12 +25,12 @@ XelCsvKeyList::Place XelCsvKeyList::add(const XelCsvSpan& key, const OffsetAndLi
   const long bytes = getLineSize(length);
   if (chunkCount == 0 || chunks[chunkCount - 1].size - chunks[chunkCount - 1].used < bytes) addChunk(bytes);
   Chunk& chunk = chunks[chunkCount - 1];
-  const Place place = makePlace(chunkCount - 1, chunk.used);
+  const Place place = makePlace({chunkCount - 1, chunk.used});
   if (size % Step == 0 && size > 0) eighths.add(static_cast<long>(place));
   auto* line = new (chunk.begin + chunk.used) XelCsvKeyedLine{start};
   char* text = reinterpret_cast<char*>(line + 1);
+  std::memset(chunk.begin + chunk.used + bytes - Unit, 0, Unit);  // the terminator, and what is unused behind it
   if (length > 0) std::memcpy(text, key.begin, static_cast<std::size_t>(length));
-  text[length] = '\0';
   chunk.used += bytes;
   ++size;
   return place;
@@ -49,26 +49,26 @@ void XelCsvKeyList::addChunk(long least) {
   ++chunkCount;
 }
 
-XelCsvKeyList::Place XelCsvKeyList::findPlace(long number) const noexcept {
-  Place place = number < Step ? 0 : static_cast<Place>(eighths[number / Step - 1]);
-  for (long others = number % Step; others > 0; --others) place = getNext(place);
-  return place;
+XelCsvKeyList::Position XelCsvKeyList::find(long number) const noexcept {
+  Position position = getPosition(number < Step ? 0 : static_cast<Place>(eighths[number / Step - 1]));
+  for (long others = number % Step; others > 0; --others) position = getNext(position);
+  return position;
 }
 
-XelCsvKeyList::Place XelCsvKeyList::getFirstBehind(long chunk) const noexcept {
+XelCsvKeyList::Position XelCsvKeyList::getFirstBehind(long chunk) const noexcept {
   do {
     ++chunk;
   } while (chunks[chunk].used == 0);  // taken for a line that was not added, and too small for the one that was
-  return makePlace(chunk, 0);
+  return {chunk, 0};
 }
 
 void XelCsvKeyList::truncate(long newSize) noexcept {
   lastNumber = -1;
   if (newSize == size) return;
-  const Place end = findPlace(newSize);
-  const long kept = newSize == 0 ? 0 : getChunk(end) + 1;
+  const Position end = find(newSize);
+  const long kept = newSize == 0 ? 0 : end.chunk + 1;
   for (; chunkCount > kept; --chunkCount) XelFree(env, chunks[chunkCount - 1].begin, chunks[chunkCount - 1].size);
-  if (kept > 0) chunks[kept - 1].used = getByte(end);
+  if (kept > 0) chunks[kept - 1].used = end.byte;
   if (newSize == 0) {
     chunks = XelEnvBlock<Chunk>();
     eighths.clear();
@@ -86,5 +86,5 @@ void XelCsvKeyList::swap(XelCsvKeyList& other) noexcept {
   std::swap(size, other.size);
   std::swap(mostChunks, other.mostChunks);
   std::swap(lastNumber, other.lastNumber);
-  std::swap(lastPlace, other.lastPlace);
+  std::swap(last, other.last);
 }

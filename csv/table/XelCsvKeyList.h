@@ -45,17 +45,15 @@ class XelCsvKeyList {
   long getSize() const noexcept { return size; }
 
   // The line at a place that add() answered.
-  XelCsvKeyedLine* at(Place place) const noexcept {
-    return reinterpret_cast<XelCsvKeyedLine*>(chunks[getChunk(place)].begin + getByte(place));
-  }
+  XelCsvKeyedLine* at(Place place) const noexcept { return lineAt(getPosition(place)); }
 
   // The line number in file order, 0 <= number < getSize(). Fast when the line before it was asked for last.
   XelCsvKeyedLine* get(long number) const noexcept {
     if (number != lastNumber) {
-      lastPlace = number == lastNumber + 1 && number > 0 ? getNext(lastPlace) : findPlace(number);
+      last = number == lastNumber + 1 && number > 0 ? getNext(last) : find(number);
       lastNumber = number;
     }
-    return at(lastPlace);
+    return lineAt(last);
   }
 
   // Forgets the lines from number size on, 0 <= newSize <= getSize().
@@ -74,27 +72,47 @@ class XelCsvKeyList {
     long used;
   };
 
+  // Where a line lies, as two numbers.
+  struct Position {
+    long chunk;
+    long byte;
+  };
+
   static constexpr int ByteBits = 15;  // of a place within its chunk: only a chunk of one line is larger than 256 KiB
   static constexpr long Unit = 8;
 
-  static long getChunk(Place place) noexcept { return static_cast<long>(place >> ByteBits); }
-  static long getByte(Place place) noexcept { return static_cast<long>(place & ((Place{1} << ByteBits) - 1)) * Unit; }
-  static Place makePlace(long chunk, long byte) noexcept {
-    return static_cast<Place>(chunk) << ByteBits | static_cast<Place>(byte / Unit);
+  static Position getPosition(Place place) noexcept {
+    return {static_cast<long>(place >> ByteBits), static_cast<long>(place & ((Place{1} << ByteBits) - 1)) * Unit};
+  }
+  static Place makePlace(const Position& position) noexcept {
+    return static_cast<Place>(position.chunk) << ByteBits | static_cast<Place>(position.byte / Unit);
   }
   static long getLineSize(long keyLength) noexcept {
     return (static_cast<long>(sizeof(XelCsvKeyedLine)) + keyLength + 1 + Unit - 1) / Unit * Unit;
   }
 
+  XelCsvKeyedLine* lineAt(const Position& position) const noexcept {
+    return reinterpret_cast<XelCsvKeyedLine*>(chunks[position.chunk].begin + position.byte);
+  }
+
+  // Bytes of a line that is there: behind its start follow words of 8 bytes, of which the last has the key's terminator.
+  static long getLineSize(const XelCsvKeyedLine* line) noexcept {
+    constexpr std::uint64_t Ones = 0x0101010101010101U;
+    long bytes = static_cast<long>(sizeof(XelCsvKeyedLine));
+    for (std::uint64_t word = 0;; bytes += Unit) {
+      std::memcpy(&word, reinterpret_cast<const char*>(line) + bytes, sizeof word);
+      if (((word - Ones) & ~word & (Ones << 7)) != 0) return bytes + Unit;  // a byte is zero
+    }
+  }
+
   void addChunk(long least);
-  Place findPlace(long number) const noexcept;
-  Place getFirstBehind(long chunk) const noexcept;
+  Position find(long number) const noexcept;
+  Position getFirstBehind(long chunk) const noexcept;
 
   // Only for a line that another follows.
-  Place getNext(Place place) const noexcept {
-    const long end = getByte(place) + getLineSize(static_cast<long>(std::strlen(at(place)->getKey())));
-    const long chunk = getChunk(place);
-    return end < chunks[chunk].used ? makePlace(chunk, end) : getFirstBehind(chunk);
+  Position getNext(const Position& position) const noexcept {
+    const long end = position.byte + getLineSize(lineAt(position));
+    return end < chunks[position.chunk].used ? Position{position.chunk, end} : getFirstBehind(position.chunk);
   }
 
   XelEnv env;
@@ -104,5 +122,5 @@ class XelCsvKeyList {
   long size = 0;
   long mostChunks;
   mutable long lastNumber = -1;  // the line that was asked for last, none at first
-  mutable Place lastPlace = 0;
+  mutable Position last{0, 0};
 };

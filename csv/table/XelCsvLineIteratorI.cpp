@@ -160,6 +160,7 @@ void XelCachedCsvLineIteratorI::readLine(const char* mode) {
     const OffsetAndLineNumber* record = table->getLineStart(index);
     if (record == nullptr) XelCsvErrors::noKeyIterated(table->getSite(), table->getLineKey(index));
     offset = record->offset;
+    if (walk->goToLineAt(offset, record->lineNumber)) return;
     if (!walk->seek(offset)) XelCsvErrors::corruptedIndexedTable(table->getSite());
     walk->readLine(record->lineNumber);
   } catch (...) {

@@ -28,6 +28,10 @@ class XelCsvWalk : public XelEnvResident {
   // skipCommentAndEmptyLines() and formatLine() that do it.
   bool goToPlainLine(long& lineNumber) noexcept;
 
+  // Makes the line at this offset the record when it is the next one, in one look at its bytes, whatever they are. False,
+  // and nothing has changed but the text of the record before, when that takes more: then it is seek() and readLine().
+  bool goToLineAt(long offset, long lineNumber) noexcept;
+
   // Whether the last skipCommentAndEmptyLines() read any line at all.
   bool hasRead() const noexcept { return file.hasRead(); }
 
@@ -80,6 +84,11 @@ inline bool XelCsvWalk::goToPlainLine(long& lineNumber) noexcept {
   if (mayBeSkipped || !takePlainLine(ahead, lineNumber + 1)) return false;
   ++lineNumber;
   return true;
+}
+
+inline bool XelCsvWalk::goToLineAt(long offset, long lineNumber) noexcept {
+  const XelCsvSpan ahead = file.getAhead();
+  return offset == file.getOffset() && ahead.getLength() > 0 && takePlainLine(ahead, lineNumber);
 }
 
 inline bool XelCsvWalk::takePlainLine(const XelCsvSpan& ahead, long lineNumber) noexcept {
