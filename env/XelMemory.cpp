@@ -16,6 +16,17 @@ constexpr long SmallestPower = SmallSteps * XelBlockAlignment;
 constexpr long FirstChunkSize = 4096;
 constexpr long LargestChunkSize = 64L * 1024;
 
+// How often a number can be halved before it is 1; for 1 and more.
+long getHalvings(long number) noexcept {
+#if defined(__GNUC__)
+  return std::numeric_limits<long>::digits - __builtin_clzl(static_cast<unsigned long>(number));
+#else
+  long halvings = 0;
+  while (number >> (halvings + 1) != 0) ++halvings;
+  return halvings;
+#endif
+}
+
 // Memory for a block; null when there is none.
 //
 // Of a large block the system is asked to map as much as it can by pages of 2 MiB: they come in 512 times less often
@@ -86,13 +97,9 @@ XelMemory::XelMemory() noexcept : chunkSize(FirstChunkSize) {
 
 long XelMemory::getIndex(long size) noexcept {
   if (size <= SmallestPower) return (size - 1) / XelBlockAlignment;
-  long index = SmallSteps;
-  long power = SmallestPower;
-  while (power < size - power) {  // as power * 2 < size, without overflow
-    power *= 2;
-    index += SmallSteps;
-  }
-  return index + (size - power - 1) / (power / SmallSteps);
+  const long doublings = getHalvings((size - 1) / SmallestPower);
+  const long power = SmallestPower << doublings;  // below size, which is at most twice that
+  return (1 + doublings) * SmallSteps + ((size - power - 1) / XelBlockAlignment >> doublings);
 }
 
 long XelMemory::getBlockSize(long index) noexcept {

@@ -49,6 +49,7 @@ constexpr OpenError OpenErrors[] = {
 };
 
 const OpenError* findText(int error) noexcept {
+  if (error == 0) return nullptr;  // as mostly
   for (const OpenError& candidate : OpenErrors) {
     if (candidate.error == error) return &candidate;
   }
@@ -105,7 +106,7 @@ void XelThrowOpenError(int error, const char* fileName) {
 
 int XelCsvFile::open(const char* fileName, const char* mode) noexcept {
   close();
-  failed = false;
+  failed = isOver = false;
   errno = 0;
   stream = std::fopen(fileName, mode);
   const int error = errno;
@@ -135,16 +136,17 @@ bool XelCsvFile::seek(long offset) noexcept {
 long XelCsvFile::goToEnd() noexcept { return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1; }
 
 long XelCsvFile::read(char* to, long size) noexcept {
-  std::clearerr(stream);  // an end that was met before is asked for again
+  if (isOver) std::clearerr(stream);  // an end that was met before is asked for again
+  isOver = false;
   long done = 0;
   while (done < size) {
     const std::size_t count = std::fread(to + done, 1, static_cast<std::size_t>(size - done), stream);
     done += static_cast<long>(count);
-    if (std::feof(stream) != 0) break;
-    if (count == 0 || std::ferror(stream) != 0) {
-      failed = true;
-      break;
-    }
+    const bool isAtEnd = std::feof(stream) != 0;
+    isOver = isAtEnd || count == 0 || std::ferror(stream) != 0;
+    if (!isOver) continue;
+    if (!isAtEnd) failed = true;
+    break;
   }
   return done;
 }

@@ -52,4 +52,5 @@ class XelCsvFile {
  private:
   std::FILE* stream = nullptr;
   bool failed = false;
+  bool isOver = false;  // the last read met the end or failed
 };

@@ -1,25 +1,29 @@
 #include "csv/line/XelCsvOneLine.h"
 
 #include <cstring>
-#include <initializer_list>
 
 #include "csv/line/XelCsvFormat.h"
 
 namespace {
 
 constexpr long LongestLine = XelLineSize - 1;
-constexpr long FirstRead = 512;  // most lines end within it
+
+// Where the line behind a number of bytes ends among those that came, null when it does not.
+const char* findEnd(const char* begin, long came) noexcept {
+  const void* feed = came > 0 ? std::memchr(begin, '\n', static_cast<std::size_t>(came)) : nullptr;
+  return feed == nullptr ? nullptr : static_cast<const char*>(feed) + 1;
+}
 
 }  // namespace
 
-long XelReadOneLine(XelCsvFile& file, char* block) noexcept {
-  long there = 0;
-  for (const long wanted : {FirstRead, LongestLine}) {
-    const long came = file.read(block + there, wanted - there);
-    const void* feed = came > 0 ? std::memchr(block + there, '\n', static_cast<std::size_t>(came)) : nullptr;
-    if (feed != nullptr) return static_cast<const char*>(feed) - block + 1;
-    there += came;
-    if (there < wanted) return file.hasFailed() ? 0 : there;
-  }
-  return LongestLine;
+XelCsvSpan XelReadOneLine(XelCsvFile& file, char* block) noexcept {
+  char* const near = block + XelLineSize - XelShortLine - XelTextPadding;
+  const long came = file.read(near, XelShortLine);
+  if (const char* end = findEnd(near, came)) return {near, end};
+  if (came < XelShortLine) return {near, file.hasFailed() ? near : near + came};
+  std::memcpy(block, near, XelShortLine);
+  const long others = file.read(block + XelShortLine, LongestLine - XelShortLine);
+  if (const char* end = findEnd(block + XelShortLine, others)) return {block, end};
+  const bool isCut = others < LongestLine - XelShortLine && file.hasFailed();
+  return {block, isCut ? block : block + XelShortLine + others};
 }

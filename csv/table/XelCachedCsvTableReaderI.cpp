@@ -94,12 +94,23 @@ XelCsvLineI* XelCachedCsvTableReaderI::getLineByKey(const char* key) {
   const int error = opened.open(reader->getFileName(), "r");
   if (error != 0) XelThrowOpenError(error, reader->getFileName());
   if (!opened.seek(record->offset)) XelCsvErrors::noKeyIndexed(getSite(), key);
-  XelEnvBlock<char> text(env, XelLineSize);
-  const long length = XelReadOneLine(opened, text.get());  // what cannot be read any more is an empty line
-  formatLine({text.get(), text.get() + length}, text.get(), nullptr);
-  XelEnvOwner<XelCsvLineI> line = XelNew<XelCsvLineI>(env, std::move(text), this, record->lineNumber);
+  XelCsvLineI* line = readLine(opened, record->lineNumber);
   owned.release();
-  return line.release();
+  return line;
+}
+
+// The line at the file's position; what cannot be read any more is an empty line.
+XelCsvLineI* XelCachedCsvTableReaderI::readLine(XelCsvFile& opened, long lineNumber) {
+  XelEnvBlock<char> text(env, XelLineSize);
+  const XelCsvSpan raw = XelReadOneLine(opened, text.get());
+  if (raw.begin == text.get()) {
+    formatLine(raw, text.get(), nullptr);
+    return XelNew<XelCsvLineI>(env, std::move(text), this, lineNumber).release();
+  }
+  char* starts[XelShortLine + 1 + XelFieldsPadding];
+  const XelCsvFormat& format = reader->getFormat();
+  setFormatted(XelGetPaddedFormatter(format)(raw.begin, raw.end, text.get(), format, starts));
+  return XelNew<XelCsvLineI>(env, std::move(text), starts, this, lineNumber).release();
 }
 
 long XelCachedCsvTableReaderI::getNumberOfItems() { return reader == nullptr ? 0 : index.getSize(); }

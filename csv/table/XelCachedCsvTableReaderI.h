@@ -75,6 +75,7 @@ class XelCachedCsvTableReaderI : public XelCsvTableReaderI {
   using AddedLines = XelEnvHashTable<const char*, OffsetAndLineNumber*>;
 
   void makeIndex();
+  XelCsvLineI* readLine(XelCsvFile& opened, long lineNumber);
   bool addLine(const XelCsvSpan& key, const OffsetAndLineNumber& start);
   void copyIndex(XelCachedCsvTableReaderI* other);
 

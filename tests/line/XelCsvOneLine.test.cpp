@@ -16,9 +16,14 @@ std::string readAlone(const DataFile& file, long offset) {
   EXPECT_EQ(opened.open(file.getName(), "r"), 0);
   EXPECT_TRUE(opened.seek(offset));
   std::string block(XelLineSize + 1, '~');
-  const long length = XelReadOneLine(opened, block.data());
+  const XelCsvSpan line = XelReadOneLine(opened, block.data());
   EXPECT_EQ(block.back(), '~');
-  return block.substr(0, static_cast<std::size_t>(length));
+  if (line.begin != block.data()) {
+    EXPECT_LE(line.getLength(), XelShortLine);
+    EXPECT_GE(line.begin, block.data() + line.getLength() + 1 + XelTextPadding) << "room for the formatted line";
+    EXPECT_LE(line.end, block.data() + XelLineSize - XelTextPadding);
+  }
+  return {line.begin, line.end};
 }
 
 }  // namespace
