@@ -40,7 +40,8 @@ class XelScoped final {
             class = std::enable_if_t<(sizeof...(Arguments) > 0) &&
                                      !std::disjunction_v<std::is_same<std::decay_t<Arguments>, XelScoped>...> &&
                                      std::is_constructible_v<Handle, Arguments...>>>
-  explicit XelScoped(Arguments&&... arguments) : handle(std::forward<Arguments>(arguments)...) {}
+  explicit XelScoped(Arguments&&... arguments) noexcept(std::is_nothrow_constructible_v<Handle, Arguments...>)
+      : handle(std::forward<Arguments>(arguments)...) {}
 
   // Takes over the handle of another guard, whose own is empty afterwards.
   XelScoped(XelScoped&& other) noexcept : handle(other.release()) {}
@@ -177,8 +178,8 @@ class XelLines {
   // Opens the file and stands on the first line. Throws what the constructor of the classic iterator throws.
   iterator begin() {
     current = XelCsvLine();
-    walk.reset();
-    walk.emplace(table);
+    walk = nullptr;
+    walk = &place.emplace(table);
     current = **walk;
     return iterator(this);
   }
@@ -188,7 +189,7 @@ class XelLines {
  private:
   friend iterator;
 
-  bool isOk() const { return walk.has_value() && walk->ok(); }
+  bool isOk() const { return walk != nullptr && walk->ok(); }
 
   void next() {
     current = XelCsvLine();
@@ -197,7 +198,9 @@ class XelLines {
   }
 
   XelCsvTableReader table;
-  std::optional<XelCsvTableReader::LineIterator> walk;
+  std::optional<XelCsvTableReader::LineIterator>
+      place;  // where the walk is made, for assigning one would open the file twice
+  XelCsvTableReader::LineIterator* walk = nullptr;  // null before the first begin()
   XelCsvLine current;
 };
 
@@ -229,8 +232,8 @@ class XelTables {
   // XelIncorrectCsvReaderUseException on a one-table file, and what getTableByName throws for the table.
   iterator begin() {
     current.end();
-    walk.reset();
-    walk.emplace(reader);
+    walk = nullptr;
+    walk = &place.emplace(reader);
     current = **walk;
     return iterator(this);
   }
@@ -240,7 +243,7 @@ class XelTables {
  private:
   friend iterator;
 
-  bool isOk() const { return walk.has_value() && walk->ok(); }
+  bool isOk() const { return walk != nullptr && walk->ok(); }
 
   void next() {
     current.end();
@@ -249,7 +252,8 @@ class XelTables {
   }
 
   XelCsvReader reader;
-  std::optional<XelCsvReader::TableIterator> walk;
+  std::optional<XelCsvReader::TableIterator> place;  // where the walk is made
+  XelCsvReader::TableIterator* walk = nullptr;       // null before the first begin()
   XelCsvTableReader current;
 };
 
@@ -276,9 +280,9 @@ inline constexpr bool XelIsKeyText =
 // and not 07 or 7.0. Only a string_view is copied, into memory of the environment. The value must outlive this object.
 class XelKeyValue {
  public:
-  // Throws std::bad_alloc where the value is copied.
+  // Throws std::bad_alloc where the value is copied, and nothing else.
   template <class Value>
-  XelKeyValue(XelEnv environment, const Value& value) : env(environment) {
+  XelKeyValue(XelEnv environment, const Value& value) noexcept(!IsCopied<Value>) : env(environment) {
     static_assert(XelIsKeyInteger<Value> || XelIsKeyText<Value>,
                   "a value of a key is a text or an integer; write any other as the file does, and look that text up");
     if constexpr (XelIsKeyInteger<Value>) {
@@ -301,6 +305,10 @@ class XelKeyValue {
   const char* get() const noexcept { return text; }
 
  private:
+  template <class Value>
+  static constexpr bool IsCopied = !XelIsKeyInteger<Value> && !std::is_convertible_v<const Value&, const char*> &&
+                                   !std::is_base_of_v<std::string, Value>;
+
   void copy(std::string_view view) {
     size = static_cast<long>(view.size()) + 1;
     copied = static_cast<char*>(env.allocate(size));
@@ -321,13 +329,15 @@ class XelComfortI {
   template <class Handle, class... Values>
   static XelCsvLine get(Handle& handle, const Values&... values) {
     static_assert(sizeof...(Values) > 0, "a lookup by key needs a value");
-    return handle.getLineByKey(static_cast<long>(sizeof...(Values)), XelKeyValue(handle.getEnv(), values).get()...);
+    const XelEnv env = getEnv(handle);
+    return getLine(handle, XelKeyValue(env, values).get()...);
   }
 
   template <class Handle, class... Values>
   static std::optional<XelCsvLine> find(Handle& handle, const Values&... values) {
     static_assert(sizeof...(Values) > 0, "a lookup by key needs a value");
-    return findTexts(handle, XelKeyValue(handle.getEnv(), values)...);
+    const XelEnv env = getEnv(handle);
+    return findLine(handle, XelKeyValue(env, values).get()...);
   }
 
   template <class Handle>
@@ -339,32 +349,45 @@ class XelComfortI {
     }
   }
 
-  template <class Name>
-  static std::optional<XelScoped<XelCsvTableReader>> findTable(XelCsvReader& reader, const Name& name) {
-    const XelKeyValue text(reader.getEnv(), name);
+  static std::optional<XelScoped<XelCsvTableReader>> findTable(XelCsvReader& reader, const char* name) {
     try {
-      return std::optional<XelScoped<XelCsvTableReader>>(std::in_place, reader.getTableByName(text.get()));
+      return std::optional<XelScoped<XelCsvTableReader>>(std::in_place, reader.getTableByName(name));
     } catch (const XelCsvReader::XelTableNotFoundException&) {
-      if (text.get() == nullptr) throw;
+      if (name == nullptr) throw;
       return std::nullopt;
     }
   }
 
+  template <class Handle>
+  static XelEnv getEnv(const Handle& handle) noexcept {
+    return handle.getEnv();
+  }
+
  private:
-  // The exception of a key that is not there is that of too few values and of a null one, too: these are told apart here.
   template <class Handle, class... Texts>
-  static std::optional<XelCsvLine> findTexts(Handle& handle, const Texts&... texts) {
-    const long needed = handle.getNumberOfKeys();
-    long given = 0;
-    bool isWhole = true;
-    ((isWhole = isWhole && (given++ >= needed || texts.get() != nullptr)), ...);
-    isWhole = isWhole && needed <= static_cast<long>(sizeof...(Texts));
+  static XelCsvLine getLine(Handle& handle, Texts... texts) {
+    return handle.getLineByKey(static_cast<long>(sizeof...(Texts)), texts...);
+  }
+
+  // Too few values and a null one throw the exception of a key that is not there, and are therefore looked for first.
+  template <class Handle, class... Texts>
+  static std::optional<XelCsvLine> findLine(Handle& handle, Texts... texts) {
+    const char* const values[] = {texts...};
+    const bool isKey = isWhole(handle.getNumberOfKeys(), values, static_cast<long>(sizeof...(Texts)));
     try {
-      return handle.getLineByKey(static_cast<long>(sizeof...(Texts)), texts.get()...);
+      return getLine(handle, texts...);
     } catch (const XelCsvReader::XelLineNotFoundException&) {
-      if (!isWhole) throw;
-      return std::nullopt;
+      if (isKey) return std::nullopt;
+      throw;
     }
+  }
+
+  // Whether there is a value for each of the key columns.
+  static bool isWhole(long keys, const char* const* values, long count) noexcept {
+    for (long k = 0; k < keys; ++k) {
+      if (k == count || values[k] == nullptr) return false;
+    }
+    return true;
   }
 };
 
@@ -418,7 +441,7 @@ template <class... Values>
 template <class Name>
 [[nodiscard]] std::optional<XelScoped<XelCsvTableReader>> XelFindTable(XelCsvReader& reader, const Name& name) {
   static_assert(XelIsKeyText<Name>, "the name of a table is a text; XelFindTableByNumber takes numbers");
-  return XelComfortI::findTable(reader, name);
+  return XelComfortI::findTable(reader, XelKeyValue(XelComfortI::getEnv(reader), name).get());
 }
 
 // The table with this number, counted from 0 in the order of the file, reserved tables included; as XelFindTable.

@@ -365,9 +365,10 @@ TEST(WalkOverLines, SaysThatTheFileIsGone) {
     OpenTable open(OneTable, kind);
     XelLines lines(open.table);
     EXPECT_EQ(readLines(lines).size(), 2U);
+    const auto former = lines.begin();
     open.file.remove();
     EXPECT_XEL_THROW(lines.begin(), XelCsvReader::XelFileNotFoundException, textOfMissing(open.file));
-    EXPECT_TRUE(lines.end() == XelLines::iterator());
+    EXPECT_TRUE(former == lines.end());
   });
 }
 
@@ -437,6 +438,17 @@ TEST(WalkOverTables, StartsAgainWithBegin) {
     EXPECT_FALSE(it->getLineByNumber(0).isEmpty());
     it = tables.begin();
     EXPECT_STREQ(it->getNameOfTable(), "A");
+  });
+}
+
+TEST(WalkOverTables, SaysThatTheFileIsGone) {
+  forBothKinds([](Kind kind) {
+    OpenTable open("A,1\nB,2\n", kind, "A");
+    XelTables tables(open.reader);
+    const auto former = tables.begin();
+    open.file.remove();
+    EXPECT_XEL_THROW(tables.begin(), XelCsvReader::XelFileNotFoundException, textOfMissing(open.file));
+    EXPECT_TRUE(former == tables.end());
   });
 }
 
