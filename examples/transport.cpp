@@ -3,7 +3,7 @@
 //   transport FILE
 //
 // The solver's answer is a file of several tables too, and is read the same way.
-#include <xelcsv/XelCsvReader.h>
+#include <xelcsv/XelCsvComfort.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,8 +13,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#include "Owned.h"
 
 namespace {
 
@@ -68,7 +66,7 @@ void printTables(XelCsvReader& reader) {
 }
 
 std::vector<Place> readPlaces(XelCsvReader& reader, const char* tableName, const char* cases) {
-  Owned<XelCsvTableReader> table(reader.getTableByName(tableName));
+  XelScoped<XelCsvTableReader> table(reader.getTableByName(tableName));
   std::vector<Place> places;
   for (XelCsvTableReader::LineIterator it(*table); it.ok(); ++it) {
     places.push_back({(*it).getStringByPosition(1), (*it).getIntByHeader(cases)});
@@ -78,10 +76,10 @@ std::vector<Place> readPlaces(XelCsvReader& reader, const char* tableName, const
 
 Problem readProblem(XelCsvReader& reader) {
   Problem problem{readPlaces(reader, "plants", "capacity"), readPlaces(reader, "markets", "demand"), {}};
-  Owned<XelCsvTableReader> parameters(reader.getTableByName("parameters"));
+  XelScoped<XelCsvTableReader> parameters(reader.getTableByName("parameters"));
   const double freight = parameters->getLineByKey(1, "freight").getFloatByHeader("value");
 
-  Owned<XelCsvTableReader> routes(reader.getTableByName("routes"));
+  XelScoped<XelCsvTableReader> routes(reader.getTableByName("routes"));
   for (const Place& plant : problem.plants) {
     for (const Place& market : problem.markets) {
       const XelCsvLine route = routes->getLineByKey(2, plant.name.c_str(), market.name.c_str());
@@ -129,14 +127,14 @@ void runSolver(const std::string& model, const std::string& solution) {
 // In the solver's file each line begins with its kind: a letter, which serves as the table's name. "s" is the summary,
 // "j" a column of the model, and "c" a comment; blanks separate the fields.
 Plan readPlan(XelEnv env, const std::string& solution) {
-  Owned<XelCsvReader> reader(env, solution.c_str(), 1, 0, " ", '.', '"', 'c');
-  Owned<XelCsvTableReader> summary(reader->getTableByName("s"));
+  XelScoped<XelCsvReader> reader(env, solution.c_str(), 1, 0, " ", '.', '"', 'c');
+  XelScoped<XelCsvTableReader> summary(reader->getTableByName("s"));
   const XelCsvLine outcome = summary->getLineByNumber(0);
   for (const long position : {4L, 5L}) {
     if (std::strcmp(outcome.getStringByPosition(position), "f") != 0) throw std::runtime_error("there is no best plan");
   }
   Plan plan{outcome.getFloatByPosition(6), {}};
-  Owned<XelCsvTableReader> columns(reader->getTableByName("j"));
+  XelScoped<XelCsvTableReader> columns(reader->getTableByName("j"));
   for (XelCsvTableReader::LineIterator it(*columns); it.ok(); ++it) plan.cases.push_back((*it).getFloatByPosition(3));
   return plan;
 }
@@ -168,8 +166,8 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    Owned<XelEnv> env;
-    Owned<XelCsvReader> reader(*env, arguments[1], 1);
+    XelScoped<XelEnv> env;
+    XelScoped<XelCsvReader> reader(*env, arguments[1], 1);
     printTables(*reader);
     const Problem problem = readProblem(*reader);
 

@@ -5,12 +5,10 @@
 // On Debian the package unicode-data has the file: /usr/share/unicode/PropertyValueAliases.txt. It holds a table per
 // property; a line is "property ; short name ; long name", and a comment behind the fields is part of the last one.
 // With --check the list, which grows from one version of Unicode to the next, is checked and not printed.
-#include <xelcsv/XelCsvReader.h>
+#include <xelcsv/XelCsvComfort.h>
 
 #include <cstdio>
 #include <cstring>
-
-#include "Owned.h"
 
 namespace {
 
@@ -27,7 +25,7 @@ bool listTables(XelCsvReader& reader, bool print) {
   bool good = true;
   for (XelCsvReader::TableIterator it(reader); it.ok(); ++it, ++number) {
     XelCsvTableReader table = *it;
-    Owned<XelCsvTableReader> same(reader.getTableByNumber(number));
+    XelScoped<XelCsvTableReader> same(reader.getTableByNumber(number));
     good = good && countByWalk(table) == table.getNumberOfItems() &&
            std::strcmp(table.getNameOfTable(), same->getNameOfTable()) == 0;
     if (print) {
@@ -48,28 +46,28 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    Owned<XelEnv> env;
-    Owned<XelCsvReader> reader(*env, arguments[1], 1, 0, ";", '.', '"', '#');
+    XelScoped<XelEnv> env;
+    XelScoped<XelCsvReader> reader(*env, arguments[1], 1, 0, ";", '.', '"', '#');
 
     if (!check) std::printf("%ld tables: number, name, lines x columns\n", reader->getNumberOfTables());
     const bool good = listTables(*reader, !check);
     std::printf("every table is walked in as many lines as it has: %s\n", good ? "yes" : "no");
 
     std::printf("\nea, East_Asian_Width, line by line:\n");
-    Owned<XelCsvTableReader> widths(reader->getTableByName("ea"));
+    XelScoped<XelCsvTableReader> widths(reader->getTableByName("ea"));
     for (XelCsvTableReader::LineIterator it(*widths); it.ok(); ++it) {
       std::printf("  %-2s  %s\n", (*it).getStringByPosition(1), (*it).getStringByPosition(2));
     }
 
     std::printf("\nage, in which version a character came, lines 0 to 2:\n");
-    Owned<XelCsvTableReader> ages(reader->getTableByName("age"));
+    XelScoped<XelCsvTableReader> ages(reader->getTableByName("age"));
     for (long number = 0; number < 3; ++number) {
       const XelCsvLine age = ages->getLineByNumber(number);
       std::printf("  %.1f  %s\n", age.getFloatByPosition(1), age.getStringByPosition(2));
     }
 
     // A table without a key line is found by all its columns together.
-    Owned<XelCsvTableReader> classes(reader->getTableByName("ccc"));
+    XelScoped<XelCsvTableReader> classes(reader->getTableByName("ccc"));
     const XelCsvLine above = classes->getLineByKey(3, "230", "A", "Above");
     std::printf("\nccc, by the key 230, A, Above: class %ld is called %s\n", above.getIntByPosition(1),
                 above.getStringByPosition(3));

@@ -7,21 +7,19 @@
 // names). A zone goes on in lines that begin with an offset from UTC. They stand between the lines of Z, which is split
 // thereby, and make a table per offset. With --check the numbers, which change from one version to the next, are not
 // printed.
-#include <xelcsv/XelCsvReader.h>
+#include <xelcsv/XelCsvComfort.h>
 
 #include <cstdio>
 #include <cstring>
 #include <set>
 #include <string>
 
-#include "Owned.h"
-
 namespace {
 
 // Prints how many lines the table has and the first ones with their places in the file; answers whether a walk meets as
 // many lines as are counted.
 bool showTable(XelCsvReader& reader, const char* name, bool print) {
-  Owned<XelCsvTableReader> table(reader.getTableByName(name));
+  XelScoped<XelCsvTableReader> table(reader.getTableByName(name));
   const long lines = table->getNumberOfItems();
   if (print) std::printf("%s  %ld lines, such as\n", name, lines);
   long count = 0;
@@ -37,7 +35,7 @@ bool showTable(XelCsvReader& reader, const char* name, bool print) {
 
 // The names that the lines of a table bring: a zone has its name at position 1, a link at position 2.
 void addNames(XelCsvReader& reader, const char* tableName, long position, std::set<std::string>& names) {
-  Owned<XelCsvTableReader> table(reader.getTableByName(tableName));
+  XelScoped<XelCsvTableReader> table(reader.getTableByName(tableName));
   for (XelCsvTableReader::LineIterator it(*table); it.ok(); ++it) names.insert((*it).getStringByPosition(position));
 }
 
@@ -49,7 +47,7 @@ bool showLinks(XelCsvReader& reader, const char* target, bool print) {
 
   long broken = 0;
   if (print) std::printf("other names of %s:", target);
-  Owned<XelCsvTableReader> links(reader.getTableByName("L"));
+  XelScoped<XelCsvTableReader> links(reader.getTableByName("L"));
   for (XelCsvTableReader::LineIterator it(*links); it.ok(); ++it) {
     const XelCsvLine link = *it;
     if (names.count(link.getStringByPosition(1)) == 0) ++broken;
@@ -70,8 +68,8 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    Owned<XelEnv> env;
-    Owned<XelCsvReader> reader(*env, arguments[1], 1, 1, " ", '.', '"', '#', 0);
+    XelScoped<XelEnv> env;
+    XelScoped<XelCsvReader> reader(*env, arguments[1], 1, 1, " ", '.', '"', '#', 0);
     bool good = true;
     for (const char* name : {"R", "Z", "L"}) good = showTable(*reader, name, !check) && good;
     if (!check) std::printf("and %ld tables of lines that begin with an offset\n\n", reader->getNumberOfTables() - 3);
