@@ -21,10 +21,10 @@ class Matrix {
 Matrix readMatrix(XelCsvReader& reader, long size) {
   Matrix matrix(size);
   const long trips = reader.getPosition("trips");
-  for (long from = 0; from < size; ++from) {
-    for (long to = 0; to < size; ++to) {
-      if (const auto line = XelFindLine(reader, from + 1, to + 1))
-        matrix.at(from, to) = line->getFloatByPosition(trips);
+  for (long from = 1; from <= size; ++from) {
+    for (long to = 1; to <= size; ++to) {
+      const auto line = XelFindLine(reader, from, to);
+      if (line) matrix.at(from - 1, to - 1) = line->getFloatByPosition(trips);
     }
   }
   return matrix;
