@@ -13,6 +13,11 @@ foreach(kind static shared)
   endif()
 endforeach()
 
+if(TARGET xelcsv-check)
+  install(TARGETS xelcsv-check EXPORT xelcsv_check INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT xelcsv_check DESTINATION ${xelcsvPackageDir} NAMESPACE xelcsv:: FILE xelcsv_check.cmake)
+endif()
+
 configure_package_config_file(cmake/xelcsvConfig.cmake.in ${PROJECT_BINARY_DIR}/xelcsvConfig.cmake
   INSTALL_DESTINATION ${xelcsvPackageDir} NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 # Before version 1 a new minor version may change what exists.
