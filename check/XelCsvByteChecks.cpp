@@ -32,8 +32,8 @@ bool isUtf16(const XelCsvSpan& firstLine) {
 
 }  // namespace
 
-XelCsvByteChecks::XelCsvByteChecks(const XelCsvCheckParameters& reading, XelCsvFindings& found)
-    : parameters(reading), findings(found), format(reading.separators.c_str(), reading.decimal, reading.quote) {
+XelCsvByteChecks::XelCsvByteChecks(const XelCsvCheckContext& checked)
+    : context(checked), parameters(checked.parameters), findings(checked.findings) {
   for (int value = 0; value < 256; ++value) {
     const bool isControl = (value < ' ' && value != '\t') || value == 0x7F;
     features[value] = value > 0x7F ? Above127 : isControl ? Control : Nothing;
@@ -89,7 +89,7 @@ void XelCsvByteChecks::checkStart(const XelCsvCheckedLine& line) {
     return;
   }
   if (!beginsWith(text, ByteOrderMark)) return;
-  const XelCsvSpan field = XelFirstField(text.begin, text.end, format);
+  const XelCsvSpan field = XelFirstField(text.begin, text.end, context.format);
   const char* const name = text.begin + ByteOrderMark.size();
   const bool isComment = name != field.end && *name == parameters.comment;
   const bool isHeading = std::memchr(name, '|', static_cast<std::size_t>(field.end - name)) != nullptr;

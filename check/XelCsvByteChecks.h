@@ -1,13 +1,13 @@
 // Checks of a file's bytes, whatever they are to mean: encoding, line ends, line length.
 #pragma once
 
-#include "check/XelCsvCheckedLine.h"
-#include "check/XelCsvFindings.h"
+#include "check/XelCsvCheckContext.h"
 #include "check/XelCsvUtf8.h"
 
 class XelCsvByteChecks {
  public:
-  XelCsvByteChecks(const XelCsvCheckParameters& reading, XelCsvFindings& found);
+  // The context must outlive it.
+  explicit XelCsvByteChecks(const XelCsvCheckContext& checked);
 
   // Looks at the next line. Stops the findings where the text is UTF-16, of which no line can be read.
   void check(const XelCsvCheckedLine& line);
@@ -29,9 +29,9 @@ class XelCsvByteChecks {
   void checkUtf8(const XelCsvCheckedLine& line);
   const char* findFeature(const XelCsvSpan& text, Feature feature) const noexcept;
 
+  const XelCsvCheckContext& context;
   const XelCsvCheckParameters& parameters;
   XelCsvFindings& findings;
-  XelCsvFormat format;
   unsigned char features[256];
   XelCsvUtf8 utf8;
   LineEnd firstEnd = LineEnd::None;

@@ -5,6 +5,11 @@ namespace {
 std::vector<XelCsvCheckCode> describeAll() {
   XelCsvCatalogue catalogue;
   XelDescribeByteCodes(catalogue);
+  XelDescribeQuoteCodes(catalogue);
+  XelDescribeTableCodes(catalogue);
+  XelDescribeHeadingCodes(catalogue);
+  XelDescribeKeyCodes(catalogue);
+  XelDescribeColumnCodes(catalogue);
   return catalogue.take();
 }
 

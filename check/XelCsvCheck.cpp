@@ -38,8 +38,8 @@ XelCsvCheck::XelCsvCheck(XelEnv environment, std::string name, XelCsvCheckParame
 
 XelCsvCheckResult XelCsvCheck::run(const XelCsvReport& report, const XelCsvProgress& progress) const {
   XelCsvFindings findings(fileName, options, report);
-  XelCsvCheckPass pass(env, parameters, findings);
-  pass.run(fileName.c_str(), progress);
+  const XelCsvCheckContext context(env, fileName, parameters, findings);
+  XelCsvCheckPass(context).run(progress);
   return findings.finish();
 }
 

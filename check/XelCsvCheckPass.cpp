@@ -1,17 +1,30 @@
 #include "check/XelCsvCheckPass.h"
 
+#include "check/XelCsvMessage.h"
+
 namespace {
 
 constexpr long ProgressStep = 1L << 20;
 
 }  // namespace
 
-XelCsvCheckPass::XelCsvCheckPass(XelEnv environment, const XelCsvCheckParameters& reading, XelCsvFindings& found)
-    : lines(environment), findings(found), bytes(reading, found) {}
+XelCsvCheckPass::XelCsvCheckPass(const XelCsvCheckContext& checked)
+    : context(checked),
+      lines(checked.env),
+      fields(checked.env, checked.format),
+      again(checked),
+      bytes(checked),
+      quotes(checked),
+      tables(checked),
+      headings(checked, again),
+      contents(checked),
+      keys(checked, again),
+      columns(checked, again) {}
 
-void XelCsvCheckPass::run(const char* fileName, const XelCsvProgress& progress) {
-  const int error = lines.open(fileName, "rb", XelCsvReach::ManyLines);
-  if (error != 0) XelThrowOpenError(error, fileName);
+void XelCsvCheckPass::run(const XelCsvProgress& progress) {
+  XelCsvFindings& findings = context.findings;
+  const int error = lines.open(context.fileName.c_str(), "rb", XelCsvReach::ManyLines);
+  if (error != 0) XelThrowOpenError(error, context.fileName.c_str());
   long told = 0;
   while (!findings.isStopped() && readLine()) {
     checkLine();
@@ -23,15 +36,15 @@ void XelCsvCheckPass::run(const char* fileName, const XelCsvProgress& progress) 
   XelCsvCheckResult& result = findings.getResult();
   result.bytes = lines.getOffset();
   result.lines = line.number + 1;
-  if (findings.isStopped()) return;
-  bytes.end(line);
+  result.tables = context.parameters.isMultiTable ? tables.getNumberOfTables() : 1;
+  if (!findings.isStopped()) finish();
 }
 
 // The line before tells where this one stands in the line that people see.
 bool XelCsvCheckPass::readLine() {
-  const bool isNew = line.number < 0 || line.hasLineFeed();
-  const long before = isNew ? 0 : line.before + line.text.getLength();
   const bool isFirst = line.number < 0;
+  const bool isNew = isFirst || line.hasLineFeed();
+  const long before = isNew ? 0 : line.before + line.text.getLength();
   const long offset = lines.getOffset();
   if (!lines.read()) return false;
   line.text = lines.getLine();
@@ -42,4 +55,75 @@ bool XelCsvCheckPass::readLine() {
   return true;
 }
 
-void XelCsvCheckPass::checkLine() { bytes.check(line); }
+void XelCsvCheckPass::checkLine() {
+  tableOfHeading = nullptr;
+  bytes.check(line);
+  if (context.findings.isStopped()) return;
+  const bool isComment = *line.text.begin == context.parameters.comment;
+  if (isComment || XelIsEmptyLine(line.text.begin, line.text.end)) {
+    if (line.number == 0 && !context.parameters.isMultiTable) {
+      headings.passFirstLine(*tables.getUniqueTable(), line, fields);
+    }
+    return;
+  }
+  quotes.check(line);
+  checkTableLine();
+}
+
+// A line that was meant for a comment or for the headings, and is one of data for the library, has a key for the library
+// and no values that mean anything.
+void XelCsvCheckPass::checkTableLine() {
+  const bool isMeantForComment = hasBlankBeforeComment();
+  if (isMeantForComment) reportCommentWithBlank();
+  XelCsvCheckedTable* const table = tables.find(line);
+  if (const std::unique_ptr<XelCsvCheckedTable> complete = tables.takeComplete()) finishTable(*complete);
+  if (table == nullptr) {
+    headings.passOtherLine();
+    return;
+  }
+  fields.format(line.text);
+  const XelCsvHeadingChecks::Kind kind = headings.check(*table, line, fields);
+  if (kind == XelCsvHeadingChecks::Kind::Heading) {
+    tableOfHeading = table;
+    return;
+  }
+  if (kind == XelCsvHeadingChecks::Kind::Data && !isMeantForComment) {
+    contents.check(*table, line, fields);
+    columns.check(*table, line, fields);
+  }
+  keys.check(*table, line, fields);
+  ++table->dataLines;
+}
+
+bool XelCsvCheckPass::hasBlankBeforeComment() const {
+  const char* at = line.text.begin;
+  while (at != line.text.end && (*at == ' ' || *at == '\t')) ++at;
+  return at != line.text.begin && at != line.text.end && *at == context.parameters.comment;
+}
+
+void XelCsvCheckPass::reportCommentWithBlank() {
+  if (!context.findings.takes(XelCsvCode::CommentWithBlank)) return;
+  std::string message =
+      "a comment begins with the first byte of its line; behind a blank this reads silently as a line ";
+  if (context.parameters.isMultiTable) {
+    const XelCsvSpan name = XelFirstField(line.text.begin, line.text.end, context.format);
+    message += "of a table called " + XelQuoted(XelTrimmed(name.begin, name.end));
+  } else {
+    message += "of data";
+  }
+  context.findings.report(XelCsvCode::CommentWithBlank, XelPlaceOf(line, line.getContent()), std::move(message));
+}
+
+void XelCsvCheckPass::finish() {
+  bytes.end(line);
+  // A heading or key line that ends the file without a line feed is its table's line of data too.
+  if (tableOfHeading != nullptr && !line.hasLineFeed()) ++tableOfHeading->dataLines;
+  for (const auto& table : tables.takeRest()) finishTable(*table);
+  if (context.parameters.isMultiTable && tables.getNumberOfTables() == 0) contents.reportNoTable();
+}
+
+void XelCsvCheckPass::finishTable(XelCsvCheckedTable& table) {
+  headings.finish(table);
+  columns.finish(table);
+  contents.finish(table);
+}

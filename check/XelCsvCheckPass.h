@@ -2,25 +2,46 @@
 #pragma once
 
 #include "check/XelCsvByteChecks.h"
-#include "check/XelCsvCheckedLine.h"
-#include "check/XelCsvFindings.h"
+#include "check/XelCsvCheckContext.h"
+#include "check/XelCsvColumnChecks.h"
+#include "check/XelCsvContentChecks.h"
+#include "check/XelCsvFields.h"
+#include "check/XelCsvHeadingChecks.h"
+#include "check/XelCsvKeyChecks.h"
+#include "check/XelCsvLineAgain.h"
+#include "check/XelCsvQuoteChecks.h"
+#include "check/XelCsvTableChecks.h"
 #include "csv/line/XelCsvLines.h"
 
-// Reads the lines as the library does and shows each to the groups of checks.
+// Reads the lines as the library does, finds the table of each, and shows it to the groups of checks.
 class XelCsvCheckPass {
  public:
-  // Parameters and findings must outlive it.
-  XelCsvCheckPass(XelEnv environment, const XelCsvCheckParameters& reading, XelCsvFindings& found);
+  // The context must outlive it.
+  explicit XelCsvCheckPass(const XelCsvCheckContext& checked);
 
   // Reads the file to its end, or until the findings are stopped. Throws XelFileNotFoundException, std::bad_alloc.
-  void run(const char* fileName, const XelCsvProgress& progress);
+  void run(const XelCsvProgress& progress);
 
  private:
   bool readLine();
   void checkLine();
+  void checkTableLine();
+  bool hasBlankBeforeComment() const;
+  void reportCommentWithBlank();
+  void finish();
+  void finishTable(XelCsvCheckedTable& table);
 
+  const XelCsvCheckContext& context;
   XelCsvLines lines;
-  XelCsvFindings& findings;
   XelCsvCheckedLine line;
+  XelCsvFields fields;
+  XelCsvLineAgain again;
   XelCsvByteChecks bytes;
+  XelCsvQuoteChecks quotes;
+  XelCsvTableChecks tables;
+  XelCsvHeadingChecks headings;
+  XelCsvContentChecks contents;
+  XelCsvKeyChecks keys;
+  XelCsvColumnChecks columns;
+  XelCsvCheckedTable* tableOfHeading = nullptr;  // the table of the line read last when that is a heading or key line
 };

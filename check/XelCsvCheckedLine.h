@@ -5,13 +5,17 @@
 
 #include "csv/line/XelCsvText.h"
 
-// A line as the library reads it. People see one line where the library cuts a long one into several.
-struct XelCsvCheckedLine {
+// Where a line is. People see one line where the library cuts a long one into several.
+struct XelCsvLineMark {
+  long offset = 0;   // of its first byte in the file
+  long number = -1;  // counted by the library, from 0
+  long line = 1;     // counted by people, from 1
+  long before = 0;   // bytes of the line of people that stand before it
+};
+
+// A line as the library reads it.
+struct XelCsvCheckedLine : XelCsvLineMark {
   XelCsvSpan text{nullptr, nullptr};  // its bytes, line end included
-  long offset = 0;                    // of its first byte in the file
-  long number = -1;                   // counted by the library, from 0
-  long line = 1;                      // counted by people, from 1
-  long before = 0;                    // bytes of the line of people that stand before it
 
   bool isRestOfLine() const noexcept { return before > 0; }
   bool hasLineFeed() const noexcept { return text.begin != text.end && text.end[-1] == '\n'; }

@@ -18,9 +18,36 @@ enum class XelCsvCode : unsigned char {
   MixedEol,
   NoFinalEol,
   LongLine,
+  CommentBeforeHeadings,
+  CommentWithBlank,
+  UnclosedQuote,
+  StrayQuote,
+  DoubledQuote,
+  Ragged,
+  BlankName,
+  QuotedName,
+  DuplicateTable,
+  SplitTable,
+  DuplicateHeading,
+  EmptyHeading,
+  BlankAroundName,
+  HeadingAfterData,
+  MarkerCase,
+  UnknownMarker,
+  KeyLineNoOnes,
+  KeyLineOverflow,
+  DuplicateKey,
+  KeyWithDash,
+  IntOverflow,
+  NotANumber,
+  TrailingText,
+  DecimalMismatch,
+  ReservedTableOrder,
+  MissingDirectivesField,
+  EmptyTable,
 };
 
-constexpr std::size_t XelCsvCodeCount = static_cast<std::size_t>(XelCsvCode::LongLine) + 1;
+constexpr std::size_t XelCsvCodeCount = static_cast<std::size_t>(XelCsvCode::EmptyTable) + 1;
 
 constexpr std::size_t XelIndexOf(XelCsvCode code) noexcept { return static_cast<std::size_t>(code); }
 
@@ -41,3 +68,8 @@ XelCsvCheckParameters XelReadAsManyTables();
 XelCsvCheckParameters XelReadAsSplitTables();
 
 void XelDescribeByteCodes(XelCsvCatalogue& catalogue);
+void XelDescribeQuoteCodes(XelCsvCatalogue& catalogue);
+void XelDescribeTableCodes(XelCsvCatalogue& catalogue);
+void XelDescribeHeadingCodes(XelCsvCatalogue& catalogue);
+void XelDescribeKeyCodes(XelCsvCatalogue& catalogue);
+void XelDescribeColumnCodes(XelCsvCatalogue& catalogue);

@@ -1,0 +1,158 @@
+#include "check/XelCsvColumnChecks.h"
+
+#include <cstring>
+#include <initializer_list>
+
+#include "check/XelCsvMessage.h"
+
+namespace {
+
+constexpr std::size_t MostSuspects = 32;
+
+// Whether as many values are exceptions among as many numbers.
+bool areExceptions(long exceptions, long numbers) {
+  constexpr long NumbersForOne = 10;
+  constexpr long LessForFirst = 6;
+  return numbers + LessForFirst >= NumbersForOne * exceptions;
+}
+
+}  // namespace
+
+XelCsvColumnChecks::XelCsvColumnChecks(const XelCsvCheckContext& checked, XelCsvLineAgain& lookBack)
+    : context(checked), again(lookBack), formerFields(checked.env, checked.format), isWanted(false) {
+  for (const XelCsvCode code :
+       {XelCsvCode::IntOverflow, XelCsvCode::NotANumber, XelCsvCode::TrailingText, XelCsvCode::DecimalMismatch}) {
+    isWanted = isWanted || context.findings.isWanted(code);
+  }
+}
+
+void XelCsvColumnChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields) {
+  if (!isWanted) return;
+  const long count = fields.getCount();
+  if (static_cast<long>(table.values.size()) < count) table.values.resize(static_cast<std::size_t>(count));
+  // Where the decimal character is another, a point in the file is the other decimal character, and not to be told from
+  // it in the formatted line.
+  const bool hasPoint = context.parameters.decimal != '.' &&
+                        std::memchr(line.text.begin, '.', static_cast<std::size_t>(line.text.getLength())) != nullptr;
+  for (long position = context.getFirstColumn(); position < count; ++position) {
+    XelCsvColumn& column = table.values[static_cast<std::size_t>(position)];
+    if (column.isText) continue;
+    bool isOther = false;
+    const XelNumberKind kind = kindOf(line, fields, position, hasPoint, isOther);
+    if (isOther) {
+      if (column.mismatches == 0) column.firstMismatch = line;
+      ++column.mismatches;
+      continue;
+    }
+    switch (kind) {
+      case XelNumberKind::Integer:
+        ++column.integers;
+        break;
+      case XelNumberKind::Float:
+        ++column.floats;
+        break;
+      case XelNumberKind::LargeInteger:
+        ++column.overflows;
+        if (column.largeSuspects.size() < MostSuspects) {
+          column.largeSuspects.push_back({line, XelCsvCode::IntOverflow});
+        }
+        break;
+      case XelNumberKind::TrailingText:
+        addText(table, column, position, line, XelCsvCode::TrailingText);
+        break;
+      case XelNumberKind::Text:
+        addText(table, column, position, line, XelCsvCode::NotANumber);
+        break;
+      default:
+        break;
+    }
+    if (!column.suspects.empty() && areExceptions(column.texts, column.getNumbers())) {
+      tellSuspects(table, column.suspects, position);
+    }
+  }
+}
+
+// Only a number, or what begins with one, can be a number with the other decimal character.
+XelNumberKind XelCsvColumnChecks::kindOf(const XelCsvCheckedLine& line, const XelCsvFields& fields, long position,
+                                         bool hasPoint, bool& isOther) const {
+  const XelCsvSpan value = fields.getTrimmed(position);
+  const XelNumberKind kind = XelKindOfNumber(value);
+  const char decimal = context.parameters.decimal;
+  const char quote = context.parameters.quote;
+  if (decimal == '.') {
+    isOther = kind == XelNumberKind::TrailingText && XelIsOtherDecimal(value, decimal, quote);
+  } else if (hasPoint && (kind == XelNumberKind::Float || kind == XelNumberKind::TrailingText)) {
+    isOther = XelIsOtherDecimal(XelRawField(line.text, context.format, position), decimal, quote);
+  }
+  return kind;
+}
+
+void XelCsvColumnChecks::addText(XelCsvCheckedTable& table, XelCsvColumn& column, long position,
+                                 const XelCsvLineMark& line, XelCsvCode code) {
+  ++column.texts;
+  if (areExceptions(column.texts, column.getNumbers())) {
+    tellSuspects(table, column.suspects, position);
+    tell(table, {line, code}, position);
+  } else if (column.suspects.size() < MostSuspects) {
+    column.suspects.push_back({line, code});
+  } else {
+    column = XelCsvColumn();
+    column.isText = true;
+  }
+}
+
+void XelCsvColumnChecks::tellSuspects(const XelCsvCheckedTable& table, std::vector<XelCsvColumn::Suspect>& suspects,
+                                      long position) {
+  for (const XelCsvColumn::Suspect& suspect : suspects) tell(table, suspect, position);
+  suspects.clear();
+}
+
+void XelCsvColumnChecks::tell(const XelCsvCheckedTable& table, const XelCsvColumn::Suspect& suspect, long position) {
+  if (!context.findings.takes(suspect.code, table.name)) return;
+  const XelCsvCheckedLine line = again.read(suspect.line);
+  formerFields.format(line.text);
+  const XelCsvSpan value = formerFields.getTrimmed(position);
+  std::string message = XelQuoted(value);
+  if (suspect.code == XelCsvCode::IntOverflow) {
+    message += " in " + table.describeColumn(position) + " does not fit in 32 bits: getIntByPosition(" +
+               std::to_string(position) + ") throws XelOverflowException, getFloatByPosition reads it";
+  } else if (suspect.code == XelCsvCode::TrailingText) {
+    message += " in " + table.describeColumn(position) + ", whose values are numbers, reads silently as " +
+               XelShowNumber(value) + ", what is behind the number is ignored";
+  } else {
+    message += " in " + table.describeColumn(position) + ", whose values are numbers, reads silently as 0";
+  }
+  context.findings.report(suspect.code, XelPlaceOf(line, XelRawField(line.text, context.format, position)),
+                          std::move(message));
+}
+
+void XelCsvColumnChecks::finish(XelCsvCheckedTable& table) {
+  for (std::size_t index = 0; index < table.values.size(); ++index) {
+    finishColumn(table, table.values[index], static_cast<long>(index));
+  }
+}
+
+// Integers that are too large are told one by one where they are exceptions; where they are not, the column is one of
+// large integers, and the first speaks for all.
+void XelCsvColumnChecks::finishColumn(const XelCsvCheckedTable& table, XelCsvColumn& column, long position) {
+  const bool isNumeric = !column.isText && areExceptions(column.texts, column.getNumbers());
+  if (!isNumeric) return;
+  if (column.mismatches > 0) reportMismatch(table, column, position);
+  if (column.floats > 0 || column.mismatches > 0 || column.overflows == 0) return;
+  if (!areExceptions(column.overflows, column.integers)) column.largeSuspects.resize(1);
+  tellSuspects(table, column.largeSuspects, position);
+}
+
+void XelCsvColumnChecks::reportMismatch(const XelCsvCheckedTable& table, const XelCsvColumn& column, long position) {
+  if (!context.findings.takes(XelCsvCode::DecimalMismatch, table.name)) return;
+  const XelCsvCheckedLine line = again.read(column.firstMismatch);
+  formerFields.format(line.text);
+  const XelCsvSpan place = XelRawField(line.text, context.format, position);
+  const char decimal = context.parameters.decimal;
+  std::string message = XelQuoted(place) + " in " + table.describeColumn(position) + " is written with '" +
+                        (decimal == '.' ? ',' : '.') + "' where the decimal character is '" + decimal +
+                        "', and reads silently as " + XelShowNumber(formerFields.getTrimmed(position));
+  if (column.mismatches > 1)
+    message += "; so are " + XelCounted(column.mismatches - 1, "other field") + " of the column";
+  context.findings.report(XelCsvCode::DecimalMismatch, XelPlaceOf(line, place), std::move(message));
+}

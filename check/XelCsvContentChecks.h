@@ -1,0 +1,28 @@
+// Checks of the lines of data of a table as a whole: how many fields they have, and whether there are any.
+#pragma once
+
+#include "check/XelCsvCheckContext.h"
+#include "check/XelCsvCheckedTable.h"
+#include "check/XelCsvFields.h"
+
+class XelCsvContentChecks {
+ public:
+  // The context must outlive it.
+  explicit XelCsvContentChecks(const XelCsvCheckContext& checked) : context(checked) {}
+
+  // Looks at the next line of data.
+  void check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+
+  // The table has no more lines.
+  void finish(const XelCsvCheckedTable& table);
+
+  // The file has no table at all.
+  void reportNoTable();
+
+ private:
+  void reportRagged(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count);
+  std::string describeMissing(const XelCsvCheckedTable& table, long count) const;
+  void checkDirectives(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count);
+
+  const XelCsvCheckContext& context;
+};

@@ -1,0 +1,208 @@
+#include "check/XelCsvHeadingChecks.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "check/XelCsvMessage.h"
+#include "check/XelCsvNames.h"
+#include "csv/line/XelCsvNumbers.h"
+
+namespace {
+
+std::string_view textOf(const XelCsvSpan& span) { return {span.begin, static_cast<std::size_t>(span.getLength())}; }
+
+bool holds(std::string_view text, std::string_view word) { return text.find(word) != std::string_view::npos; }
+
+bool holdsInAnyCase(std::string_view text, std::string_view word) {
+  const auto isSame = [](char left, char right) {
+    return left == right || (left >= 'a' && left <= 'z' && left - 'a' + 'A' == right);
+  };
+  return std::search(text.begin(), text.end(), word.begin(), word.end(), isSame) != text.end();
+}
+
+bool isMarked(std::string_view first) { return holds(first, "NAMES") || holds(first, "KEYS"); }
+
+bool isMarkedInAnyCase(std::string_view first) {
+  return holdsInAnyCase(first, "NAMES") || holdsInAnyCase(first, "KEYS");
+}
+
+}  // namespace
+
+XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                                     const XelCsvFields& fields) {
+  if (!table.isStarted) start(table, fields.getCount());
+  const std::string_view first = textOf(fields.getField(0));
+  const bool hasBar = holds(first, "|");
+  if (!hasBar) ++zones;
+  if (table.isInZone && table.zone != zones) closeZone(table);
+  if (isFirstLinePending) checkFirstLine(table, hasBar && isMarkedInAnyCase(first));
+  if (!hasBar) {
+    table.hasLostZone = false;
+    return Kind::Data;
+  }
+  if (!table.isInZone) return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
+  if (holds(first, "NAMES")) addHeadingLine(table, line, fields);
+  if (holds(first, "KEYS")) addKeyLine(table, line, fields);
+  if (!isMarked(first)) reportMarker(table, line, isMarkedInAnyCase(first));
+  return Kind::Heading;
+}
+
+void XelCsvHeadingChecks::start(XelCsvCheckedTable& table, long columns) {
+  table.isStarted = true;
+  table.zone = zones;
+  table.columns = columns;
+}
+
+void XelCsvHeadingChecks::passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                        XelCsvFields& fields) {
+  fields.format(line.text);
+  start(table, fields.getCount());
+  ++zones;
+  table.hasLostZone = true;
+  firstLine = line;
+  isFirstLinePending = true;
+}
+
+// The line behind the first one tells how bad the first one is.
+void XelCsvHeadingChecks::checkFirstLine(const XelCsvCheckedTable& table, bool isHeading) {
+  isFirstLinePending = false;
+  const XelCsvSeverity severity = isHeading ? XelCsvSeverity::Error : XelCsvSeverity::Warning;
+  if (!context.findings.takes(XelCsvCode::CommentBeforeHeadings, table.name, severity)) return;
+  const XelCsvCheckedLine line = again.read(firstLine);
+  const bool isEmpty = XelIsEmptyLine(line.text.begin, line.text.end);
+  const std::string what = isEmpty ? "the first line is empty" : "the first line is a comment";
+  context.findings.report(
+      XelCsvCode::CommentBeforeHeadings, XelPlaceOf(line, line.getContent()),
+      what + (isHeading
+                  ? ", which ends the heading zone: the heading and key lines behind it read silently as data, and "
+                    "getPosition() throws XelColumnHeaderNotFoundException"
+                  : ", of which the library counts the columns: getNumberOfColumns() answers " +
+                        std::to_string(table.columns) + ", and the key is made of as many fields"));
+}
+
+XelCsvHeadingChecks::Kind XelCsvHeadingChecks::checkLostHeading(XelCsvCheckedTable& table,
+                                                                const XelCsvCheckedLine& line,
+                                                                const XelCsvFields& fields) {
+  if (table.hasLostZone) {
+    if (holds(textOf(fields.getField(0)), "NAMES")) setHeadings(table, fields);
+    return Kind::LostHeading;
+  }
+  if (context.findings.takes(XelCsvCode::HeadingAfterData, table.name)) {
+    context.findings.report(XelCsvCode::HeadingAfterData, XelPlaceOf(line, XelRawField(line.text, context.format, 0)),
+                            "heading and key lines count only in front of all other lines of a table: this one reads "
+                            "silently as a line of data");
+  }
+  return Kind::LostHeading;
+}
+
+// As the library does: without a 1 in a key line every column is a key.
+void XelCsvHeadingChecks::closeZone(XelCsvCheckedTable& table) {
+  if (!table.isInZone) return;
+  table.isInZone = false;
+  table.hasChosenKeys = !table.keyPositions.empty();
+  if (table.hasChosenKeys) return;
+  for (long column = context.getFirstColumn(); column < table.columns; ++column) table.keyPositions.push_back(column);
+  if (!table.hasKeyLine || !context.findings.takes(XelCsvCode::KeyLineNoOnes, table.name)) return;
+  const XelCsvCheckedLine line = again.read(table.keyLine);
+  context.findings.report(XelCsvCode::KeyLineNoOnes, XelPlaceOf(line, line.getContent()),
+                          "no field of the key line is 1: all " +
+                              XelCounted(static_cast<long>(table.keyPositions.size()), "column") +
+                              " together are the key, as without a key line");
+}
+
+// A heading line replaces the one before.
+void XelCsvHeadingChecks::addHeadingLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                         const XelCsvFields& fields) {
+  if (!context.parameters.isMultiTable) table.columns = fields.getCount() - 1;
+  table.hasHeadingLine = true;
+  setHeadings(table, fields);
+  checkHeadings(table, line, fields);
+}
+
+void XelCsvHeadingChecks::setHeadings(XelCsvCheckedTable& table, const XelCsvFields& fields) {
+  table.expectedFields = fields.getCount() - context.getMarkerFields();
+  table.headings.assign(static_cast<std::size_t>(table.expectedFields), {});
+  for (long field = 1; field < fields.getCount(); ++field) {
+    const std::size_t column = static_cast<std::size_t>(field - context.getMarkerFields());
+    table.headings[column] = textOf(fields.getTrimmed(field));
+  }
+}
+
+// Of each kind one finding in a line.
+void XelCsvHeadingChecks::checkHeadings(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                        const XelCsvFields& fields) {
+  const std::vector<XelCsvSpan> raw = XelSplitRaw(line.text, context.format);
+  const std::vector<std::string>& headings = table.headings;
+  bool hasEmpty = false;
+  bool hasDuplicate = false;
+  bool hasBlank = false;
+  for (long field = 1; field < fields.getCount(); ++field) {
+    const XelCsvSpan& place = raw[static_cast<std::size_t>(field)];
+    const long column = field - context.getMarkerFields();
+    const std::string& heading = headings[static_cast<std::size_t>(column)];
+    if (heading.empty()) {
+      if (!hasEmpty && context.findings.takes(XelCsvCode::EmptyHeading, table.name)) {
+        context.findings.report(XelCsvCode::EmptyHeading, XelPlaceOf(line, place),
+                                "the column at position " + std::to_string(column) +
+                                    " has an empty heading: its values are read by position only");
+      }
+      hasEmpty = true;
+      continue;
+    }
+    const auto before = headings.begin() + column;
+    const auto equal = std::find(headings.begin() + context.getFirstColumn(), before, heading);
+    if (equal != before && !hasDuplicate) {
+      hasDuplicate = true;
+      if (context.findings.takes(XelCsvCode::DuplicateHeading, table.name)) {
+        context.findings.report(XelCsvCode::DuplicateHeading, XelPlaceOf(line, place),
+                                "the heading " + XelQuoted(heading) +
+                                    " stands in this line before: getPosition() finds "
+                                    "the column at position " +
+                                    std::to_string(equal - headings.begin()) +
+                                    ", the values of this one are read by position only");
+      }
+    }
+    if (!hasBlank && XelHasBlankAround(fields.getField(field), fields.getTrimmed(field))) {
+      hasBlank = true;
+      const XelCsvSpan name = XelTrimmed(place.begin, place.end);
+      XelReportBlankAround(context, table.name, line, name, "the heading", "getPosition");
+    }
+  }
+}
+
+void XelCsvHeadingChecks::addKeyLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                     const XelCsvFields& fields) {
+  const long marker = context.getMarkerFields();
+  if (marker == 1 && !table.hasHeadingLine) table.columns = fields.getCount() - 1;
+  if (!table.hasHeadingLine) table.expectedFields = table.columns;
+  table.hasKeyLine = true;
+  table.keyLine = line;
+  bool isTold = false;
+  for (long field = marker; field < fields.getCount(); ++field) {
+    long value = 0;
+    if (!XelParseInt(fields.getField(field).begin, value) && !isTold) {
+      isTold = true;
+      reportOverflow(table, line, field);
+    }
+    if (value == 1) table.keyPositions.push_back(field - marker);
+  }
+}
+
+void XelCsvHeadingChecks::reportOverflow(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long field) {
+  if (!context.findings.takes(XelCsvCode::KeyLineOverflow, table.name)) return;
+  const char* const thrower = context.parameters.isMultiTable ? "getTableByName" : "the constructor of XelCsvReader";
+  context.findings.report(XelCsvCode::KeyLineOverflow, XelPlaceOf(line, XelRawField(line.text, context.format, field)),
+                          std::string("a key line tells a key column by 1, and no number of it may be larger than 32 "
+                                      "bits: ") +
+                              thrower + " throws XelOverflowException");
+}
+
+void XelCsvHeadingChecks::reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isCase) {
+  const XelCsvCode code = isCase ? XelCsvCode::MarkerCase : XelCsvCode::UnknownMarker;
+  if (!context.findings.takes(code, table.name)) return;
+  context.findings.report(code, XelPlaceOf(line, XelRawField(line.text, context.format, 0)),
+                          isCase ? "NAMES and KEYS mark a line in capital letters only: this line is skipped silently, "
+                                   "its headings or keys are not known"
+                                 : "a bar in the first field makes this a line in front of the data, and neither NAMES "
+                                   "nor KEYS says what it is: it is skipped silently");
+}

@@ -1,0 +1,53 @@
+// Checks of the heading zone of a table: its heading lines and key lines.
+#pragma once
+
+#include "check/XelCsvCheckContext.h"
+#include "check/XelCsvCheckedTable.h"
+#include "check/XelCsvFields.h"
+#include "check/XelCsvLineAgain.h"
+
+class XelCsvHeadingChecks {
+ public:
+  // Both must outlive it.
+  XelCsvHeadingChecks(const XelCsvCheckContext& checked, XelCsvLineAgain& lookBack)
+      : context(checked), again(lookBack) {}
+
+  // What a line is.
+  enum class Kind {
+    Heading,     // of the heading zone
+    Data,        // a line of data
+    LostHeading  // meant for the heading zone, and for the library a line of data
+  };
+
+  // Looks at a line of a table that is neither a comment nor empty, and at its fields.
+  Kind check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+
+  // The first line of a one-table file is a comment or empty. The library takes it for the table's first line.
+  void passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, XelCsvFields& fields);
+
+  // A line that belongs to no table.
+  void passOtherLine() noexcept { ++zones; }
+
+  // The table has no more lines.
+  void finish(XelCsvCheckedTable& table) { closeZone(table); }
+
+ private:
+  void start(XelCsvCheckedTable& table, long columns);
+  void closeZone(XelCsvCheckedTable& table);
+  Kind checkLostHeading(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  void checkFirstLine(const XelCsvCheckedTable& table, bool isHeading);
+  void addHeadingLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  void setHeadings(XelCsvCheckedTable& table, const XelCsvFields& fields);
+  void checkHeadings(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  void addKeyLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  void reportOverflow(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long field);
+  void reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isCase);
+
+  const XelCsvCheckContext& context;
+  XelCsvLineAgain& again;
+  // Grows with every line that ends heading zones. The library reads the zone of a table without a look at whose lines
+  // come, so a line of another table may end it: a zone is over when this is not what it was when the table began.
+  long zones = 0;
+  XelCsvLineMark firstLine;  // of a one-table file, when it is a comment or empty
+  bool isFirstLinePending = false;
+};
