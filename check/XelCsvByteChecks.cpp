@@ -63,7 +63,7 @@ void XelCsvByteChecks::check(const XelCsvCheckedLine& line) {
   if (line.hasLineFeed() && !hasMixedEnds) checkLineEnd(line);
 }
 
-void XelCsvByteChecks::end(const XelCsvCheckedLine& last) {
+void XelCsvByteChecks::end(const XelCsvCheckedLine& last, bool isHeading) {
   if (last.number < 0 || last.hasLineFeed()) return;
   if (utf8.isInCharacter() && findings.takes(XelCsvCode::InvalidUtf8)) {
     findings.report(
@@ -71,9 +71,11 @@ void XelCsvByteChecks::end(const XelCsvCheckedLine& last) {
         "the file ends inside a character of UTF-8; the field reads silently with the bytes that there are");
   }
   if (findings.takes(XelCsvCode::NoFinalEol)) {
-    findings.report(XelCsvCode::NoFinalEol, XelPlaceOf(last, {last.text.end, last.text.end}),
-                    "the last line has no line feed; it is read like any other, but a heading or key line in its place "
-                    "is read as a data line too, and a program that appends a line would append to this one");
+    findings.report(
+        XelCsvCode::NoFinalEol, XelPlaceOf(last, {last.text.end, last.text.end}),
+        isHeading
+            ? "no line feed ends the last line: it reads as a heading or key line, and silently as a line of data too"
+            : "no line feed ends the last line: it reads like any other");
   }
 }
 
@@ -95,7 +97,8 @@ void XelCsvByteChecks::checkStart(const XelCsvCheckedLine& line) {
   const bool isHeading = std::memchr(name, '|', static_cast<std::size_t>(field.end - name)) != nullptr;
   const bool isHarmless = !parameters.isMultiTable && isHeading && !isComment;
   if (!findings.takes(XelCsvCode::Bom, {}, isHarmless ? XelCsvSeverity::Note : XelCsvSeverity::Error)) return;
-  std::string message = "the file begins with a byte-order mark, which belongs to the first name for the library: ";
+  std::string message =
+      "the file begins with a byte-order mark, which the library takes for a part of the first field: ";
   if (isComment) {
     message += "the comment behind it is no comment but a line of data";
   } else if (parameters.isMultiTable) {
@@ -105,9 +108,9 @@ void XelCsvByteChecks::checkStart(const XelCsvCheckedLine& line) {
                XelQuoted(XelTrimmed(bare.begin, bar != nullptr ? static_cast<const char*>(bar) : bare.end)) +
                ") throws XelTableNotFoundException";
   } else if (isHarmless) {
-    message += "the mark in front of the headings, which is found all the same";
+    message += "in front of the headings it does no harm";
   } else {
-    message += "the first field reads with it, as a number as 0";
+    message += "as text it reads with it, as a number as 0";
   }
   findings.report(XelCsvCode::Bom, XelPlaceOf(line, {text.begin, name}), message);
 }

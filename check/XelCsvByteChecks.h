@@ -12,8 +12,8 @@ class XelCsvByteChecks {
   // Looks at the next line. Stops the findings where the text is UTF-16, of which no line can be read.
   void check(const XelCsvCheckedLine& line);
 
-  // Looks at the end of the file; the last line is the one that was looked at last.
-  void end(const XelCsvCheckedLine& last);
+  // Looks at the end of the file; the last line is the one that was looked at last, and may be a heading or key line.
+  void end(const XelCsvCheckedLine& last, bool isHeading);
 
  private:
   // What a byte may be, as bits.

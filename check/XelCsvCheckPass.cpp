@@ -81,6 +81,7 @@ void XelCsvCheckPass::checkTableLine() {
     headings.passOtherLine();
     return;
   }
+  if (table->isRepeated) return;
   fields.format(line.text);
   const XelCsvHeadingChecks::Kind kind = headings.check(*table, line, fields);
   if (kind == XelCsvHeadingChecks::Kind::Heading) {
@@ -88,8 +89,8 @@ void XelCsvCheckPass::checkTableLine() {
     return;
   }
   if (kind == XelCsvHeadingChecks::Kind::Data && !isMeantForComment) {
-    contents.check(*table, line, fields);
-    columns.check(*table, line, fields);
+    // Where fields are missing or too many, nobody knows which column a value belongs to.
+    if (contents.check(*table, line, fields)) columns.check(*table, line, fields);
   }
   keys.check(*table, line, fields);
   ++table->dataLines;
@@ -115,7 +116,7 @@ void XelCsvCheckPass::reportCommentWithBlank() {
 }
 
 void XelCsvCheckPass::finish() {
-  bytes.end(line);
+  bytes.end(line, tableOfHeading != nullptr);
   // A heading or key line that ends the file without a line feed is its table's line of data too.
   if (tableOfHeading != nullptr && !line.hasLineFeed()) ++tableOfHeading->dataLines;
   for (const auto& table : tables.takeRest()) finishTable(*table);
@@ -123,6 +124,7 @@ void XelCsvCheckPass::finish() {
 }
 
 void XelCsvCheckPass::finishTable(XelCsvCheckedTable& table) {
+  if (table.isRepeated) return;
   headings.finish(table);
   columns.finish(table);
   contents.finish(table);

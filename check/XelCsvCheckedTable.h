@@ -35,6 +35,8 @@ struct XelCsvCheckedTable {
   const std::string name;  // empty for the table of a one-table file
   XelCsvPlace start;       // of its first line, the whole file where it has none
 
+  bool isRepeated = false;  // it comes back without table splitting: nobody reads its lines
+
   // The heading zone: as long as it lasts, lines are headings or keys.
   bool isStarted = false;  // the first line was looked at
   bool isInZone = true;

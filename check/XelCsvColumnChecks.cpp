@@ -112,15 +112,14 @@ void XelCsvColumnChecks::tell(const XelCsvCheckedTable& table, const XelCsvColum
   const XelCsvCheckedLine line = again.read(suspect.line);
   formerFields.format(line.text);
   const XelCsvSpan value = formerFields.getTrimmed(position);
-  std::string message = XelQuoted(value);
+  std::string message = XelQuoted(value) + " in " + table.describeColumn(position);
   if (suspect.code == XelCsvCode::IntOverflow) {
-    message += " in " + table.describeColumn(position) + " does not fit in 32 bits: getIntByPosition(" +
-               std::to_string(position) + ") throws XelOverflowException, getFloatByPosition reads it";
+    message += " does not fit in 32 bits: getIntByPosition(" + std::to_string(position) +
+               ") throws XelOverflowException, getFloatByPosition reads it";
   } else if (suspect.code == XelCsvCode::TrailingText) {
-    message += " in " + table.describeColumn(position) + ", whose values are numbers, reads silently as " +
-               XelShowNumber(value) + ", what is behind the number is ignored";
+    message += ", a column of numbers, reads silently as " + XelShowNumber(value);
   } else {
-    message += " in " + table.describeColumn(position) + ", whose values are numbers, reads silently as 0";
+    message += ", a column of numbers, reads silently as 0";
   }
   context.findings.report(suspect.code, XelPlaceOf(line, XelRawField(line.text, context.format, position)),
                           std::move(message));

@@ -22,7 +22,7 @@ void XelDescribeColumnCodes(XelCsvCatalogue& catalogue) {
        XelCsvSeverity::Warning,
        "text in a column of numbers",
        "A field of a column whose other values are numbers holds a text, such as n/a. A text is told when there "
-       "are at least 4 numbers in the column, and 10 more for each further text.",
+       "are at least 4 numbers in the column, and 10 more for each further text; lines with another number of fields than the table are not looked at.",
        "It reads without a word as 0. Only an empty field reads as the default value of a getter that has one.",
        "Leave the field empty.",
        {"1\n2\n3\n4\nn/a\n", one},

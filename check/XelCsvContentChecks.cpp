@@ -4,13 +4,15 @@
 
 #include "check/XelCsvMessage.h"
 
-void XelCsvContentChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields) {
+bool XelCsvContentChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields) {
   const long count = fields.getCount();
   if (table.dataLines == 0) {
     if (table.expectedFields < 0) table.expectedFields = count;
     checkDirectives(table, line, count);
   }
-  if (count != table.expectedFields) reportRagged(table, line, count);
+  if (count == table.expectedFields) return true;
+  reportRagged(table, line, count);
+  return false;
 }
 
 void XelCsvContentChecks::reportRagged(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count) {
@@ -21,15 +23,14 @@ void XelCsvContentChecks::reportRagged(const XelCsvCheckedTable& table, const Xe
   }
   const char* const model =
       table.headings.empty() ? table.hasKeyLine ? "key line" : "first line of data" : "heading line";
-  std::string message = "this line has " + XelCounted(count, "field") + " where the " + model + " has " +
-                        std::to_string(table.expectedFields) + ": ";
+  std::string message =
+      XelCounted(count, "field") + " where the " + model + " has " + std::to_string(table.expectedFields) + ": ";
   XelCsvSpan place = XelRawField(line.text, context.format, isShort ? count : table.expectedFields);
   if (isShort) {
     message += describeMissing(table, count);
   } else {
     place.end = XelSplitRaw(line.text, context.format).back().end;
-    message += "what is at position " + std::to_string(table.expectedFields) +
-               " and behind it is read by position only, and silently left alone otherwise";
+    message += "from position " + std::to_string(table.expectedFields) + " on they are read by position only";
   }
   context.findings.report(XelCsvCode::Ragged, XelPlaceOf(line, place), std::move(message));
 }
@@ -44,8 +45,8 @@ std::string XelCsvContentChecks::describeMissing(const XelCsvCheckedTable& table
   }
   const std::string thrown = hasTooFewForKeys ? "XelCsvReaderException" : "XelFieldNotFoundException";
   const std::string maker = context.parameters.isMultiTable ? "getTableByName" : "the constructor of XelCsvReader";
-  return "a field of the key is missing, so that " + maker + " throws " + thrown +
-         " for a cached table, and getLineByKey for one that is not";
+  return "the key lacks a field, " + maker + " throws " + thrown +
+         " for a cached table, getLineByKey for one that is not";
 }
 
 void XelCsvContentChecks::checkDirectives(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count) {
@@ -58,8 +59,8 @@ void XelCsvContentChecks::checkDirectives(const XelCsvCheckedTable& table, const
   if (!isFormat) {
     effect = count < 2 ? "fields 1 and 2, what requires the data and their version, are missing: getRequiredBy() and "
                          "getFileVersion() throw XelFieldNotFoundException"
-                       : "field 2, the version of the data, is missing: the first call of getFileVersion() or "
-                         "getRequiredBy() throws XelFieldNotFoundException";
+                       : "field 2, the version of the data, is missing: getFileVersion() or getRequiredBy(), "
+                         "whichever is called first, throws XelFieldNotFoundException";
   }
   context.findings.report(XelCsvCode::MissingDirectivesField,
                           XelPlaceOf(line, XelRawField(line.text, context.format, count)), effect);

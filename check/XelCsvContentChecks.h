@@ -10,8 +10,8 @@ class XelCsvContentChecks {
   // The context must outlive it.
   explicit XelCsvContentChecks(const XelCsvCheckContext& checked) : context(checked) {}
 
-  // Looks at the next line of data.
-  void check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  // Looks at the next line of data. Answers whether it has as many fields as the table has columns.
+  bool check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
 
   // The table has no more lines.
   void finish(const XelCsvCheckedTable& table);

@@ -43,7 +43,7 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, 
   if (!table.isInZone) return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
   if (holds(first, "NAMES")) addHeadingLine(table, line, fields);
   if (holds(first, "KEYS")) addKeyLine(table, line, fields);
-  if (!isMarked(first)) reportMarker(table, line, isMarkedInAnyCase(first));
+  if (!isMarked(first)) reportMarker(table, line, fields.getCount(), isMarkedInAnyCase(first));
   return Kind::Heading;
 }
 
@@ -197,12 +197,16 @@ void XelCsvHeadingChecks::reportOverflow(const XelCsvCheckedTable& table, const 
                               thrower + " throws XelOverflowException");
 }
 
-void XelCsvHeadingChecks::reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isCase) {
+void XelCsvHeadingChecks::reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long fieldCount,
+                                       bool isCase) {
   const XelCsvCode code = isCase ? XelCsvCode::MarkerCase : XelCsvCode::UnknownMarker;
   if (!context.findings.takes(code, table.name)) return;
-  context.findings.report(code, XelPlaceOf(line, XelRawField(line.text, context.format, 0)),
-                          isCase ? "NAMES and KEYS mark a line in capital letters only: this line is skipped silently, "
-                                   "its headings or keys are not known"
-                                 : "a bar in the first field makes this a line in front of the data, and neither NAMES "
-                                   "nor KEYS says what it is: it is skipped silently");
+  std::string message = isCase ? "NAMES and KEYS mark a line in capital letters only: this one is skipped silently"
+                               : "a bar in the first field and neither NAMES nor KEYS: this line is skipped silently";
+  const bool isCounted = !context.parameters.isMultiTable && line.number == 0;
+  if (isCounted && fieldCount > 1) {
+    message += ", and where no other line names the columns its " + std::to_string(fieldCount) +
+               " fields are counted as columns, of which the key is made";
+  }
+  context.findings.report(code, XelPlaceOf(line, XelRawField(line.text, context.format, 0)), std::move(message));
 }

@@ -41,7 +41,7 @@ class XelCsvHeadingChecks {
   void checkHeadings(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   void addKeyLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   void reportOverflow(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long field);
-  void reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isCase);
+  void reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long fieldCount, bool isCase);
 
   const XelCsvCheckContext& context;
   XelCsvLineAgain& again;

@@ -43,7 +43,7 @@ void XelCsvKeyChecks::checkDuplicate(XelCsvCheckedTable& table, const XelCsvChec
   if (!compose(table, fields, composed)) return;
   const XelCsvSpan key = composed.getText();
   const XelCsvKeySet::Line* const former =
-      table.keys.addOrFind(XelHashKey(key.begin, key.getLength()), {line.offset, line.number},
+      table.keys.addOrFind(XelHashKey(key.begin, key.getLength()), {line.offset, line.line},
                            [&](const XelCsvKeySet::Line& candidate) { return isKeyOf(table, candidate, key); });
   if (former != nullptr) reportDuplicate(table, line, *former, key);
 }
@@ -59,15 +59,17 @@ bool XelCsvKeyChecks::isKeyOf(const XelCsvCheckedTable& table, const XelCsvKeySe
 void XelCsvKeyChecks::reportDuplicate(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
                                       const XelCsvKeySet::Line& former, const XelCsvSpan& key) {
   if (!context.findings.takes(XelCsvCode::DuplicateKey, table.name)) return;
-  const std::string message = "line number " + std::to_string(former.number) + " has the key " + XelQuoted(key) +
-                              " too" + (table.hasChosenKeys ? "" : ", which all columns make") + ": ";
-  context.findings.report(
-      XelCsvCode::DuplicateKey, XelPlaceOf(line, line.getContent()),
-      message + (context.parameters.isMultiTable
-                     ? "getTableByName throws XelDuplicatedLineException for a cached table, and one that is not finds "
-                       "only the first of the two"
-                     : "a cached reader silently ends its table here, and one that is not cached finds only the first "
-                       "of the two by their key"));
+  std::string message = "line " + std::to_string(former.line) + " has the same key, " + XelQuoted(key);
+  if (!table.hasChosenKeys) {
+    const auto columns = static_cast<long>(table.keyPositions.size());
+    message += " (without a key line it is made of " + XelCounted(columns, "column") + ")";
+  }
+  message +=
+      context.parameters.isMultiTable
+          ? ": for a cached table getTableByName throws XelDuplicatedLineException, of one that is not the first "
+            "line is found"
+          : ": a cached reader silently ends the table here, one that is not finds the first line";
+  context.findings.report(XelCsvCode::DuplicateKey, XelPlaceOf(line, line.getContent()), std::move(message));
 }
 
 // The values of a key are joined with "-", so that one which holds it may be taken for two. Told once in a table.
@@ -79,9 +81,9 @@ void XelCsvKeyChecks::checkDash(XelCsvCheckedTable& table, const XelCsvCheckedLi
     table.hasKeyWithDash = true;
     if (!context.findings.takes(XelCsvCode::KeyWithDash, table.name)) return;
     context.findings.report(XelCsvCode::KeyWithDash, XelPlaceOf(line, XelRawField(line.text, context.format, position)),
-                            "the key value " + XelQuoted(value) +
-                                " holds a dash, with which the values of a key are joined: getLineByKey finds the line "
-                                "by values split elsewhere too, and lines that differ may have one key");
+                            XelQuoted(value) +
+                                " holds a dash, with which the values of a key are joined: getLineByKey finds the "
+                                "line by values that are split elsewhere too");
     return;
   }
 }

@@ -1,6 +1,7 @@
 // The keys of a table's lines, as far as needed to find two that are equal.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "env/XelEnvOwned.h"
@@ -14,7 +15,7 @@ class XelCsvKeySet {
   // A line with a key, by the byte where it begins.
   struct Line {
     long offset;
-    long number;
+    long line;  // as people count, up to 4294967295
   };
 
   // The first line with a key of this hash for which isEqual(Line) is true, null when there is none; then the line is
@@ -26,19 +27,21 @@ class XelCsvKeySet {
     long index = placeOf(kept);
     for (; slots[index].offset >= 0; index = next(index)) {
       if (slots[index].hash != kept) continue;
-      found = {slots[index].offset, static_cast<long>(slots[index].number)};
+      found = {slots[index].offset, static_cast<long>(slots[index].line)};
       if (isEqual(found)) return &found;
     }
-    slots[index] = {line.offset, kept, static_cast<std::uint32_t>(line.number)};
+    slots[index] = {line.offset, kept, static_cast<std::uint32_t>(std::min(line.line, MostLines))};
     ++count;
     return nullptr;
   }
 
  private:
+  static constexpr long MostLines = 0xFFFFFFFF;
+
   struct Slot {
     long offset;  // -1: the place is free
     std::uint32_t hash;
-    std::uint32_t number;
+    std::uint32_t line;
   };
 
   static std::uint32_t fold(std::uint64_t hash) noexcept { return static_cast<std::uint32_t>(hash ^ (hash >> 32U)); }

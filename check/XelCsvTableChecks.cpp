@@ -57,17 +57,19 @@ XelCsvCheckedTable* XelCsvTableChecks::comeBack(const std::string& name, Name& k
   const bool isSplit = context.parameters.allowTableSplitting;
   const XelCsvCode code = isSplit ? XelCsvCode::SplitTable : XelCsvCode::DuplicateTable;
   if (!known.isTold && context.findings.takes(code, name)) {
-    const std::string back = "table " + XelQuoted(name) + " begins at line " + std::to_string(known.first.line) +
-                             " and comes back here, behind lines of other tables";
+    const std::string back = "table " + XelQuoted(name) + " of line " + std::to_string(known.first.line) +
+                             " comes back behind another table: ";
     context.findings.report(code, XelPlaceOf(line, place),
-                            isSplit ? back + ": its lines read as one table"
+                            isSplit ? back + "its lines read as one table"
                                     : back +
                                           ": without table splitting the constructor of XelCsvReader throws "
                                           "XelDuplicatedTableException");
   }
   known.isTold = true;
   if (isSplit) return tables[static_cast<std::size_t>(known.index)].get();
-  return add(name, line, place);
+  XelCsvCheckedTable* const table = add(name, line, place);
+  table->isRepeated = true;
+  return table;
 }
 
 XelCsvCheckedTable* XelCsvTableChecks::add(std::string name, const XelCsvCheckedLine& line, const XelCsvSpan& place) {
