@@ -142,8 +142,8 @@ void XelCsvByteChecks::checkNul(const XelCsvCheckedLine& line) {
   const XelCsvSpan content = line.getContent();
   const char* const at = findFeature(content, Nul);
   findings.report(XelCsvCode::Nul, XelPlaceOf(line, {at, at + 1}),
-                  "a zero byte ends the line for the library: " + XelCounted(content.end - at - 1, "byte") +
-                      " behind it are not read");
+                  "a zero byte ends the line for the library, which does not read the " +
+                      XelCounted(content.end - at - 1, "byte") + " behind it");
 }
 
 void XelCsvByteChecks::checkControl(const XelCsvCheckedLine& line) {
@@ -160,8 +160,8 @@ void XelCsvByteChecks::checkCarriageReturn(const XelCsvCheckedLine& line) {
   const char* const at = findFeature(content, CarriageReturn);
   if (at == content.end || !findings.takes(XelCsvCode::LoneCr)) return;
   findings.report(XelCsvCode::LoneCr, XelPlaceOf(line, {at, at + 1}),
-                  "a carriage return inside the line ends it for the library: " +
-                      XelCounted(content.end - at - 1, "byte") + " behind it are not read");
+                  "a carriage return inside the line ends it for the library, which does not read the " +
+                      XelCounted(content.end - at - 1, "byte") + " behind it");
 }
 
 void XelCsvByteChecks::checkLineEnd(const XelCsvCheckedLine& line) {

@@ -84,11 +84,10 @@ void XelCsvCheckPass::checkTableLine() {
   if (table->isRepeated) return;
   fields.format(line.text);
   const XelCsvHeadingChecks::Kind kind = headings.check(*table, line, fields);
-  if (kind == XelCsvHeadingChecks::Kind::Heading) {
-    tableOfHeading = table;
-    return;
-  }
-  if (kind == XelCsvHeadingChecks::Kind::Data && !isMeantForComment) {
+  using Kind = XelCsvHeadingChecks::Kind;
+  if (kind == Kind::Heading) tableOfHeading = table;
+  if (kind == Kind::Heading || kind == Kind::Skipped) return;
+  if (kind == Kind::Data && !isMeantForComment) {
     // Where fields are missing or too many, nobody knows which column a value belongs to.
     if (contents.check(*table, line, fields)) columns.check(*table, line, fields);
   }

@@ -22,10 +22,12 @@ struct XelCsvColumn {
   long mismatches = 0;                 // that would be numbers with the other decimal character
   long texts = 0;                      // all else, empty fields apart
   bool isText = false;                 // texts are no exception here, nothing more is looked at
+  bool areMostLarge = false;           // overflows are no exception here
   std::vector<Suspect> suspects;       // texts that are not told yet
   std::vector<Suspect> largeSuspects;  // overflows that are not told yet
   XelCsvLineMark firstMismatch;
 
+  bool hasFloats() const noexcept { return floats > 0 || mismatches > 0; }
   long getNumbers() const noexcept { return integers + overflows + floats + mismatches; }
 };
 

@@ -52,10 +52,7 @@ void XelCsvColumnChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLin
         ++column.floats;
         break;
       case XelNumberKind::LargeInteger:
-        ++column.overflows;
-        if (column.largeSuspects.size() < MostSuspects) {
-          column.largeSuspects.push_back({line, XelCsvCode::IntOverflow});
-        }
+        addLarge(table, column, position, line);
         break;
       case XelNumberKind::TrailingText:
         addText(table, column, position, line, XelCsvCode::TrailingText);
@@ -68,6 +65,9 @@ void XelCsvColumnChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLin
     }
     if (!column.suspects.empty() && areExceptions(column.texts, column.getNumbers())) {
       tellSuspects(table, column.suspects, position);
+    }
+    if (!column.largeSuspects.empty() && !column.hasFloats() && areExceptions(column.overflows, column.integers)) {
+      tellSuspects(table, column.largeSuspects, position);
     }
   }
 }
@@ -101,6 +101,22 @@ void XelCsvColumnChecks::addText(XelCsvCheckedTable& table, XelCsvColumn& column
   }
 }
 
+// Told at once in a column of integers that fit; a column of large integers keeps the first.
+void XelCsvColumnChecks::addLarge(XelCsvCheckedTable& table, XelCsvColumn& column, long position,
+                                  const XelCsvLineMark& line) {
+  ++column.overflows;
+  if (column.hasFloats()) {
+    column.largeSuspects.clear();
+  } else if (areExceptions(column.overflows, column.integers)) {
+    tell(table, {line, XelCsvCode::IntOverflow}, position);
+  } else if (column.areMostLarge || column.largeSuspects.size() == MostSuspects) {
+    column.areMostLarge = true;
+    column.largeSuspects.resize(1);
+  } else {
+    column.largeSuspects.push_back({line, XelCsvCode::IntOverflow});
+  }
+}
+
 void XelCsvColumnChecks::tellSuspects(const XelCsvCheckedTable& table, std::vector<XelCsvColumn::Suspect>& suspects,
                                       long position) {
   for (const XelCsvColumn::Suspect& suspect : suspects) tell(table, suspect, position);
@@ -131,15 +147,12 @@ void XelCsvColumnChecks::finish(XelCsvCheckedTable& table) {
   }
 }
 
-// Integers that are too large are told one by one where they are exceptions; where they are not, the column is one of
-// large integers, and the first speaks for all.
+// Where large integers are no exception, the first speaks for all.
 void XelCsvColumnChecks::finishColumn(const XelCsvCheckedTable& table, XelCsvColumn& column, long position) {
   const bool isNumeric = !column.isText && areExceptions(column.texts, column.getNumbers());
   if (!isNumeric) return;
   if (column.mismatches > 0) reportMismatch(table, column, position);
-  if (column.floats > 0 || column.mismatches > 0 || column.overflows == 0) return;
-  if (!areExceptions(column.overflows, column.integers)) column.largeSuspects.resize(1);
-  tellSuspects(table, column.largeSuspects, position);
+  if (!column.hasFloats() && !column.largeSuspects.empty()) tell(table, column.largeSuspects.front(), position);
 }
 
 void XelCsvColumnChecks::reportMismatch(const XelCsvCheckedTable& table, const XelCsvColumn& column, long position) {
@@ -151,7 +164,6 @@ void XelCsvColumnChecks::reportMismatch(const XelCsvCheckedTable& table, const X
   std::string message = XelQuoted(place) + " in " + table.describeColumn(position) + " is written with '" +
                         (decimal == '.' ? ',' : '.') + "' where the decimal character is '" + decimal +
                         "', and reads silently as " + XelShowNumber(formerFields.getTrimmed(position));
-  if (column.mismatches > 1)
-    message += "; so are " + XelCounted(column.mismatches - 1, "other field") + " of the column";
+  if (column.mismatches > 1) message += "; " + XelCounted(column.mismatches, "field") + " of the column in all";
   context.findings.report(XelCsvCode::DecimalMismatch, XelPlaceOf(line, place), std::move(message));
 }

@@ -25,6 +25,7 @@ class XelCsvColumnChecks {
                        bool& isOther) const;
   void addText(XelCsvCheckedTable& table, XelCsvColumn& column, long position, const XelCsvLineMark& line,
                XelCsvCode code);
+  void addLarge(XelCsvCheckedTable& table, XelCsvColumn& column, long position, const XelCsvLineMark& line);
   void tellSuspects(const XelCsvCheckedTable& table, std::vector<XelCsvColumn::Suspect>& suspects, long position);
   void tell(const XelCsvCheckedTable& table, const XelCsvColumn::Suspect& suspect, long position);
   void finishColumn(const XelCsvCheckedTable& table, XelCsvColumn& column, long position);

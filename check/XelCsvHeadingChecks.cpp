@@ -40,7 +40,10 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, 
     table.hasLostZone = false;
     return Kind::Data;
   }
-  if (!table.isInZone) return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
+  if (!table.isInZone) {
+    if (context.parameters.allowTableSplitting) return checkSkipped(table, line, isMarkedInAnyCase(first));
+    return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
+  }
   if (holds(first, "NAMES")) addHeadingLine(table, line, fields);
   if (holds(first, "KEYS")) addKeyLine(table, line, fields);
   if (!isMarked(first)) reportMarker(table, line, fields.getCount(), isMarkedInAnyCase(first));
@@ -76,8 +79,8 @@ void XelCsvHeadingChecks::checkFirstLine(const XelCsvCheckedTable& table, bool i
       what + (isHeading
                   ? ", which ends the heading zone: the heading and key lines behind it read silently as data, and "
                     "getPosition() throws XelColumnHeaderNotFoundException"
-                  : ", of which the library counts the columns: getNumberOfColumns() answers " +
-                        std::to_string(table.columns) + ", and the key is made of as many fields"));
+                  : ", in which the library counts the columns: getNumberOfColumns() answers " +
+                        std::to_string(table.columns) + ", and the key is made of as many"));
 }
 
 XelCsvHeadingChecks::Kind XelCsvHeadingChecks::checkLostHeading(XelCsvCheckedTable& table,
@@ -93,6 +96,20 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::checkLostHeading(XelCsvCheckedTab
                             "silently as a line of data");
   }
   return Kind::LostHeading;
+}
+
+// With table splitting a line belongs to a table whose name is the whole of its first field, once the heading zone is over.
+XelCsvHeadingChecks::Kind XelCsvHeadingChecks::checkSkipped(const XelCsvCheckedTable& table,
+                                                            const XelCsvCheckedLine& line, bool isMarked) {
+  const XelCsvCode code = isMarked ? XelCsvCode::HeadingAfterData : XelCsvCode::UnknownMarker;
+  if (!context.findings.takes(code, table.name)) return Kind::Skipped;
+  context.findings.report(code, XelPlaceOf(line, XelRawField(line.text, context.format, 0)),
+                          isMarked
+                              ? "heading and key lines count only in front of the first line of data, of whatever "
+                                "table: this one is skipped silently"
+                              : "a bar in the first field, behind lines of data: with table splitting this line is "
+                                "skipped silently");
+  return Kind::Skipped;
 }
 
 // As the library does: without a 1 in a key line every column is a key.

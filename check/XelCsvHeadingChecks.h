@@ -14,9 +14,10 @@ class XelCsvHeadingChecks {
 
   // What a line is.
   enum class Kind {
-    Heading,     // of the heading zone
-    Data,        // a line of data
-    LostHeading  // meant for the heading zone, and for the library a line of data
+    Heading,      // of the heading zone
+    Data,         // a line of data
+    LostHeading,  // meant for the heading zone, and for the library a line of data
+    Skipped       // of no table when tables are read
   };
 
   // Looks at a line of a table that is neither a comment nor empty, and at its fields.
@@ -35,6 +36,7 @@ class XelCsvHeadingChecks {
   void start(XelCsvCheckedTable& table, long columns);
   void closeZone(XelCsvCheckedTable& table);
   Kind checkLostHeading(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  Kind checkSkipped(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isMarked);
   void checkFirstLine(const XelCsvCheckedTable& table, bool isHeading);
   void addHeadingLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   void setHeadings(XelCsvCheckedTable& table, const XelCsvFields& fields);

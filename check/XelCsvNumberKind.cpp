@@ -60,6 +60,31 @@ Parts split(const XelCsvSpan& text) {
   return parts;
 }
 
+// Behind groups of three digits, each with the character in front; where it was when there are none.
+const char* skipGroups(const char* at, const char* end, char thousands) {
+  constexpr long GroupDigits = 3;
+  while (at != end && *at == thousands) {
+    const char* const behind = skipDigits(at + 1, end);
+    if (behind - at - 1 != GroupDigits) break;
+    at = behind;
+  }
+  return at;
+}
+
+// Whether a text is a number with these characters, as far as it has any of them. "1,2,3" is a list.
+bool isWrittenWith(const XelCsvSpan& text, char thousands, char point) {
+  const char* const whole = skipSign(text.begin, text.end);
+  const char* at = skipDigits(whole, text.end);
+  if (at == whole) return false;
+  at = skipGroups(at, text.end, thousands);
+  if (at != text.end && *at == point) {
+    const char* const fraction = at + 1;
+    at = skipDigits(fraction, text.end);
+    if (at == fraction) return false;
+  }
+  return skipExponent(at, text.end) == text.end;
+}
+
 }  // namespace
 
 XelNumberKind XelKindOfNumber(const XelCsvSpan& text) noexcept {
@@ -74,30 +99,15 @@ XelNumberKind XelKindOfNumber(const XelCsvSpan& text) noexcept {
   return parts.isNumber() ? XelNumberKind::TrailingText : XelNumberKind::Text;
 }
 
-// Groups behind the first have three digits where there are several, for "1,2,3" is a list.
 bool XelIsOtherDecimal(const XelCsvSpan& bytes, char decimal, char quote) {
-  constexpr long GroupDigits = 3;
   const char other = decimal == '.' ? ',' : '.';
   std::string text;
   for (const char* at = bytes.begin; at != bytes.end; ++at) {
     if (*at != quote) text += *at;
   }
+  if (text.find(other) == std::string::npos) return false;
   const XelCsvSpan bare = XelTrimmed(text.data(), text.data() + text.size());
-  const char* const whole = skipSign(bare.begin, bare.end);
-  const char* at = skipDigits(whole, bare.end);
-  if (at == whole) return false;
-  long groups = 0;
-  bool areGroups = true;
-  while (at != bare.end && *at == other) {
-    const char* const end = skipDigits(at + 1, bare.end);
-    if (end == at + 1) return false;
-    areGroups = areGroups && end - at - 1 == GroupDigits;
-    ++groups;
-    at = end;
-  }
-  if (groups == 0 || (groups > 1 && !areGroups)) return false;
-  if (areGroups && at != bare.end && *at == decimal) at = skipDigits(at + 1, bare.end);
-  return skipExponent(at, bare.end) == bare.end;
+  return isWrittenWith(bare, decimal, other) || isWrittenWith(bare, other, decimal);
 }
 
 std::string XelShowNumber(const XelCsvSpan& text) {

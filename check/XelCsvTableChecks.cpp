@@ -62,7 +62,7 @@ XelCsvCheckedTable* XelCsvTableChecks::comeBack(const std::string& name, Name& k
     context.findings.report(code, XelPlaceOf(line, place),
                             isSplit ? back + "its lines read as one table"
                                     : back +
-                                          ": without table splitting the constructor of XelCsvReader throws "
+                                          "without table splitting the constructor of XelCsvReader throws "
                                           "XelDuplicatedTableException");
   }
   known.isTold = true;
