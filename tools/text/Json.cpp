@@ -1,0 +1,19 @@
+#include "tools/text/Json.h"
+
+#include <nlohmann/json.hpp>
+
+#include "tools/text/Words.h"
+
+namespace xeltools {
+
+std::string toJson(std::string_view text) {
+  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+std::string toJson(const std::vector<std::string>& texts) {
+  std::vector<std::string> items;
+  for (const std::string& text : texts) items.push_back(toJson(text));
+  return "[" + join(items, ", ") + "]";
+}
+
+}  // namespace xeltools

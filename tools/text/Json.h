@@ -1,0 +1,16 @@
+// Texts and numbers of JSON.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xeltools {
+
+// The text as a string of JSON, quotes included. Bytes that are no UTF-8 become U+FFFD.
+std::string toJson(std::string_view text);
+
+// The texts as an array of strings.
+std::string toJson(const std::vector<std::string>& texts);
+
+}  // namespace xeltools
