@@ -10,7 +10,7 @@ namespace xeltools {
 std::vector<std::unique_ptr<Command>> makeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
   for (auto* const make :
-       {makeTables, makeShow, makeHeaders, makeKeys, makeCount, makeCompletion, makeVersion, makeHelp}) {
+       {makeTables, makeShow, makeHeaders, makeKeys, makeCount, makeGet, makeCompletion, makeVersion, makeHelp}) {
     commands.push_back(make());
   }
   return commands;
