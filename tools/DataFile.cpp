@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "csv/line/XelCsvLines.h"
+#include "csv/line/XelCsvText.h"
 #include "csv/table/XelCsvTableReaderI.h"
 #include "tools/Errors.h"
 #include "tools/text/Escape.h"
@@ -50,6 +52,11 @@ DataFile::DataFile(const std::string& file, const ReaderParameters& readerParame
   }
 }
 
+long DataFile::getSize() const {
+  struct stat status {};
+  return stat(name.c_str(), &status) == 0 ? status.st_size : 0;
+}
+
 long DataFile::getNumberOfReservedTables() const {
   return isMultiTable() ? reader->getImpl()->getNumberOfReservedTables() : 0;
 }
@@ -86,6 +93,7 @@ Table::Table(DataFile& dataFile, const std::string& tableName)
       first(dataFile.isMultiTable() ? 1 : 0) {
   try {
     readColumns();
+    keyLine = findKeyLine();
   } catch (...) {
     handle.end();
     throw;
@@ -110,6 +118,26 @@ void Table::readColumns() {
   }
 }
 
+// Looks at the lines of the heading zone as the library does: the first one whatever it is, then those that are no
+// comments.
+bool Table::findKeyLine() const {
+  const XelCsvTableReaderI* const impl = handle.getImpl();
+  const OffsetAndLineNumber* const start =
+      file.isMultiTable() ? impl->getReader()->getOffsetAndLineNumber(name.c_str()) : nullptr;
+  XelCsvLines lines(handle.getEnv());
+  if (lines.open(file.getName().c_str(), "rb", XelCsvReach::OneLine) != 0) return false;
+  if (!lines.seek(start == nullptr ? 0 : start->offset)) return false;
+  std::vector<char> text(XelLineSize);
+  for (bool isFirst = true; lines.getOffset() < impl->getFirstDataOffset() && lines.read(); isFirst = false) {
+    const XelCsvSpan line = lines.getLine();
+    if (!isFirst && *line.begin == file.getParameters().comment) continue;
+    XelFormatLine(line.begin, line.end, text.data(), impl->getReader()->getFormat());
+    const std::string_view mark = text.data();
+    if (mark.find('|') != std::string_view::npos && mark.find("KEYS") != std::string_view::npos) return true;
+  }
+  return false;
+}
+
 std::string Table::getColumnName(long position) const {
   const auto index = static_cast<std::size_t>(position - first);
   return index < columns.size() ? columns[index].getName() : makeColumnName(position);
@@ -128,6 +156,7 @@ void Table::forEach(const std::function<bool(const Line&)>& visit) const {
   long number = 0;
   for (XelCsvTableReader::LineIterator it(handle); it.ok(); ++it) {
     const Line line(*it, number);
+    if (file.getProgress() != nullptr) file.getProgress()->advance(line.getBytes());
     if (file.isSplit() && line.getFieldOrNothing(0) != name) continue;
     ++number;
     if (!visit(line)) return;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/Owned.h"
+#include "tools/Progress.h"
 #include "tools/Settings.h"
 
 namespace xeltools {
@@ -44,12 +45,20 @@ class DataFile {
 
   XelCsvReader& getReader() { return *reader; }
 
+  // Is told of the bytes that walks go over.
+  void setProgress(Progress* told) { progress = told; }
+  Progress* getProgress() const { return progress; }
+
+  // Bytes of the file.
+  long getSize() const;
+
  private:
   std::string name;
   ReaderParameters parameters;
   Owned<XelEnv> env;
   Owned<XelCsvReader> reader;
   std::vector<std::string> tableNames;
+  Progress* progress = nullptr;
 };
 
 // A column of a table.
@@ -70,6 +79,14 @@ class Line {
   // Position among the data lines of the table, and in the file, both from 0.
   long getNumber() const { return number; }
   long getLineNumber() const { return line.getLineNumber(); }
+
+  // Bytes that it takes in the file, about.
+  long getBytes() const {
+    const long fields = line.getNumberOfFields();
+    if (fields == 0) return 1;
+    const char* const last = line.getFields()[fields - 1];
+    return last - line.getFields()[0] + static_cast<long>(std::char_traits<char>::length(last)) + 1;
+  }
 
   // Fields as the library gives them: the blanks around them are gone.
   long getNumberOfFields() const { return line.getNumberOfFields(); }
@@ -108,6 +125,9 @@ class Table {
   // Positions of the key columns in the order in which lookups take their values.
   const std::vector<long>& getKeys() const { return keys; }
 
+  // Whether the key columns are those of a key line; otherwise all columns are.
+  bool hasKeyLine() const { return keyLine; }
+
   // The name of the column at a position, also of one beyond the columns.
   std::string getColumnName(long position) const;
 
@@ -128,6 +148,7 @@ class Table {
 
  private:
   void readColumns();
+  bool findKeyLine() const;
 
   DataFile& file;
   std::string name;
@@ -135,6 +156,7 @@ class Table {
   std::vector<Column> columns;
   std::vector<long> keys;
   long first;
+  bool keyLine = false;
 };
 
 }  // namespace xeltools

@@ -114,12 +114,16 @@ void Output::startPager() {
 }
 
 void Output::write(std::string_view text) {
-  buffer += text;
+  if (isGuarded) {
+    buffer += makePrintableLines(text);
+  } else {
+    buffer += text;
+  }
   if (buffer.size() >= BlockSize) flush();
 }
 
 void Output::writeLine(std::string_view text) {
-  buffer += text;
+  write(text);
   write("\n");
 }
 
@@ -139,6 +143,11 @@ void Output::flush() {
     }
   }
   buffer.clear();
+}
+
+std::string Output::hold() {
+  flush();
+  return temporary.empty() ? place : temporary;
 }
 
 void Output::finish() {

@@ -25,12 +25,18 @@ class Output {
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
+  // What is written from here on goes to a terminal as it stands in a file: control characters are written out.
+  void guardTerminal() { isGuarded = true; }
+
   // Throws BrokenPipe when nobody reads any more, UserError when it cannot be written.
   void write(std::string_view text);
   void writeLine(std::string_view text);
 
   // Gives everything on; call it once, when all went well. Throws as write() does.
   void finish();
+
+  // Gives everything on but leaves a file under its temporary name, which is the answer.
+  std::string hold();
 
  private:
   void startPager();
@@ -40,6 +46,7 @@ class Output {
   int descriptor;
   pid_t pager = -1;
   std::string buffer;
+  bool isGuarded = false;
   std::string place;      // of a file: its name
   std::string temporary;  // the name it has until it is finished; empty for what is written straight
 };

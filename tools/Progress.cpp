@@ -1,6 +1,7 @@
 #include "tools/Progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -15,7 +16,7 @@ constexpr std::chrono::milliseconds Patience(1000);
 constexpr std::chrono::milliseconds Pause(200);
 
 std::string formatSeconds(double seconds) {
-  const auto whole = static_cast<long>(seconds + 0.5);
+  const long whole = std::lround(seconds);
   if (whole < 60) return std::to_string(whole) + " s";
   return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
 }

@@ -25,7 +25,8 @@ Session::Session(const CommonOptions& given, std::string name)
     : options(given),
       command(std::move(name)),
       watched(!options.outputFile && isTerminal(STDOUT_FILENO)),
-      painter(isColorWanted(options.color, watched)) {}
+      painter(isColorWanted(options.color, watched)),
+      progress(!options.isQuiet && isTerminal(STDERR_FILENO)) {}
 
 const Settings& Session::openSettings(const std::string& name) {
   file = name;

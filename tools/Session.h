@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tools/Output.h"
+#include "tools/Progress.h"
 #include "tools/Settings.h"
 #include "tools/Terminal.h"
 
@@ -46,6 +47,9 @@ class Session {
   const CommonOptions& getOptions() const { return options; }
   const std::string& getFile() const { return file; }
 
+  // For work that may take long; visible on a terminal and without -q.
+  Progress& getProgress() { return progress; }
+
   // A line on standard error, "xelcsv show: TEXT".
   void complain(const std::string& text) const;
 
@@ -58,6 +62,7 @@ class Session {
   std::string file;
   bool watched;
   Painter painter;
+  Progress progress;
   std::unique_ptr<Settings> settings;
   std::unique_ptr<Output> output;
 };

@@ -68,6 +68,7 @@ std::vector<std::string> findNearestKeys(const Table& table, const std::string& 
     return true;
   });
   std::vector<std::string> keys;
+  keys.reserve(nearest.size());
   for (const auto& [distance, candidate] : nearest) keys.push_back(makePrintable(candidate));
   return keys;
 }
@@ -291,10 +292,10 @@ void Get::writeText(Session& session, DataFile& file, const Table& table, const 
     entries.emplace_back(table.getColumnName(beyond), makePrintable(line.getField(beyond)));
   }
   std::size_t width = 0;
-  for (const auto& [name, value] : entries) width = std::max(width, getWidth(std::string_view(name)));
+  for (const auto& [name, value] : entries) width = std::max(width, getWidth(name));
   for (std::size_t index = 0; index < entries.size(); ++index) {
     const auto& [name, value] = entries[index];
-    const std::string gap(width - getWidth(std::string_view(name)) + 2, ' ');
+    const std::string gap(width - getWidth(name) + 2, ' ');
     const Look look = index < explained ? Look::Faint : Look::Strong;
     session.getOutput().writeLine(session.getPainter().paint(name, look) + (value.empty() ? "" : gap + value));
   }

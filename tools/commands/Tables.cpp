@@ -2,6 +2,7 @@
 #include "tools/Command.h"
 #include "tools/Errors.h"
 #include "tools/Survey.h"
+#include "tools/convert/Directives.h"
 #include "tools/layout/AlignedTable.h"
 #include "tools/text/Escape.h"
 #include "tools/text/Json.h"
@@ -11,37 +12,6 @@
 namespace xeltools {
 
 namespace {
-
-const char* const FormatTable = "XELO_CSV_FORMAT";
-const char* const SchemaTable = "XELO_DATA_SCHEMA";
-
-// What the directive tables say, as text; empty where they say nothing.
-struct Directives {
-  std::string csvFormat;
-  std::string requiredBy;
-  std::string fileVersion;
-};
-
-// The first data line of a table, or nothing when there is no such table or line.
-std::vector<std::string> readFirstLine(DataFile& file, const std::string& name) {
-  std::vector<std::string> fields;
-  if (!file.isMultiTable() || !file.getReader().isTableExists(name.c_str())) return fields;
-  Table(file, name).forEach([&](const Line& line) {
-    for (long position = 0; position < line.getNumberOfFields(); ++position) {
-      fields.emplace_back(line.getField(position));
-    }
-    return false;
-  });
-  return fields;
-}
-
-Directives readDirectives(DataFile& file) {
-  std::vector<std::string> format = readFirstLine(file, FormatTable);
-  std::vector<std::string> schema = readFirstLine(file, SchemaTable);
-  format.resize(2);
-  schema.resize(3);
-  return {format[1], schema[1], schema[2]};
-}
 
 class Tables : public Command {
  public:

@@ -1,5 +1,7 @@
 #include "tools/text/Escape.h"
 
+#include <algorithm>
+
 #include "tools/text/Utf8.h"
 
 namespace xeltools {
@@ -76,6 +78,17 @@ std::string makePrintable(std::string_view text) {
       printable += text.substr(position, character.bytes);
     }
     position += character.bytes;
+  }
+  return printable;
+}
+
+std::string makePrintableLines(std::string_view text) {
+  std::string printable;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\n\t"), text.size());
+    printable += makePrintable(text.substr(0, end));
+    if (end < text.size()) printable += text[end];
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
   return printable;
 }

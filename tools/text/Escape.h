@@ -11,6 +11,9 @@ namespace xeltools {
 // bytes that are no UTF-8 as \xe9. Anything else, a backslash too, stays as it is.
 std::string makePrintable(std::string_view text);
 
+// The same for several lines: ends of lines and tabs stay.
+std::string makePrintableLines(std::string_view text);
+
 // The text as a literal of C++, quotes included.
 std::string makeLiteral(std::string_view text);
 
