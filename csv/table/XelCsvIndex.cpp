@@ -8,9 +8,6 @@
 
 namespace {
 
-constexpr int PlaceBits = XelCsvKeyList::PlaceBits;
-constexpr std::uint64_t PlaceMask = (std::uint64_t{1} << PlaceBits) - 1;
-
 constexpr long FirstSlots = 32;
 constexpr long MostGrowth = 16;  // at once, for the first lines may not tell how long the others are
 
@@ -19,14 +16,6 @@ constexpr long MostGrowth = 16;  // at once, for the first lines may not tell ho
 constexpr long getSlotsFor(long lines) noexcept { return lines + lines / 7 * 3 + FirstSlots; }
 constexpr long getMostUsed(long slots) noexcept { return slots / 10 * 8; }
 constexpr bool isWasteful(long lines, long slots) noexcept { return lines < (slots - FirstSlots) / 10 * 6; }
-
-constexpr std::uint64_t makeSlot(std::uint64_t hash, std::uint64_t place) noexcept {
-  return hash << PlaceBits | (place + 1);
-}
-constexpr std::uint64_t getHash(std::uint64_t slot) noexcept { return slot >> PlaceBits; }
-constexpr std::uint64_t getPlace(std::uint64_t slot) noexcept { return (slot & PlaceMask) - 1; }
-
-std::uint64_t hashOf(const char* key, long length) noexcept { return XelHashKey(key, length) >> PlaceBits; }
 
 // Asks for memory that will be written soon.
 inline void prefetch(const void* address) noexcept {
@@ -46,7 +35,7 @@ void XelCsvIndex::expect(long first, long last) noexcept {
 
 bool XelCsvIndex::add(const XelCsvSpan& key, const OffsetAndLineNumber& start) {
   if (lines.getSize() - settled == Delay && !insertOldest()) return false;
-  const std::uint64_t hash = hashOf(key.begin, key.getLength());
+  const std::uint64_t hash = XelHashKey(key.begin, key.getLength());
   const long number = lines.getSize();
   getPending(number) = {hash, lines.add(key, start)};
   latestOffset = start.offset;
@@ -70,7 +59,7 @@ void XelCsvIndex::list(const XelCsvSpan& key, const OffsetAndLineNumber* start) 
   makeRoom();
   const Place place = lines.add(key, start == nullptr ? OffsetAndLineNumber{0, 0} : *start);
   ++settled;
-  if (start == nullptr || !insert({hashOf(key.begin, key.getLength()), place})) complete = false;
+  if (start == nullptr || !insert({XelHashKey(key.begin, key.getLength()), place})) complete = false;
 }
 
 // The line listed first of those without a slot. False when a line before it has its key.
@@ -86,13 +75,14 @@ bool XelCsvIndex::insertOldest() {
 
 // Only where there is room.
 bool XelCsvIndex::insert(const Pending& line) {
+  if (line.place >= placeMask) widenPlaces(line.place);
   const long count = slots.getCount();
   long at = getHome(line.hash);
   for (; slots[at] != 0; at = at + 1 == count ? 0 : at + 1) {
     const Slot slot = slots[at];
-    if (getHash(slot) == line.hash && hasEqualKey(getPlace(slot), line.place)) return false;
+    if (hasHash(slot, line.hash) && hasEqualKey(getPlace(slot), line.place)) return false;
   }
-  slots[at] = makeSlot(line.hash, line.place);
+  slots[at] = (line.hash & ~placeMask) | (line.place + 1);
   ++used;
   return true;
 }
@@ -100,10 +90,10 @@ bool XelCsvIndex::insert(const Pending& line) {
 OffsetAndLineNumber* XelCsvIndex::find(const char* key) const noexcept {
   const long count = slots.getCount();
   if (count == 0) return nullptr;
-  const std::uint64_t hash = hashOf(key, static_cast<long>(std::strlen(key)));
+  const std::uint64_t hash = XelHashKey(key, static_cast<long>(std::strlen(key)));
   for (long at = getHome(hash); slots[at] != 0; at = at + 1 == count ? 0 : at + 1) {
     const Slot slot = slots[at];
-    if (getHash(slot) != hash) continue;
+    if (!hasHash(slot, hash)) continue;
     XelCsvKeyedLine* line = lines.at(getPlace(slot));
     if (std::strcmp(line->getKey(), key) == 0) return &line->start;
   }
@@ -114,6 +104,14 @@ void XelCsvIndex::makeRoom() {
   if (used < mostUsed) return;
   const long expected = getExpected();
   moveTo(getSlotsFor(expected > used + used / 8 ? expected : 2 * used));
+}
+
+// Takes bits away from the hashes in the slots, so that a place fits into them. No slot moves for that: its home does not
+// depend on these bits.
+void XelCsvIndex::widenPlaces(Place place) noexcept {
+  const Slot former = placeMask;
+  while (place >= placeMask) placeMask = 2 * placeMask + 1;
+  for (long at = 0; at < slots.getCount(); ++at) slots[at] = (slots[at] & ~placeMask) | (slots[at] & former);
 }
 
 // How many lines there will be when the others are as long as those so far; 0 when that cannot be told.
@@ -132,7 +130,7 @@ void XelCsvIndex::moveTo(long slotCount) {
   mostUsed = getMostUsed(slotCount);
   for (long from = 0; from < former.getCount(); ++from) {
     if (former[from] == 0) continue;
-    long at = getHome(getHash(former[from]));
+    long at = getHome(former[from]);
     while (slots[at] != 0) at = at + 1 == slotCount ? 0 : at + 1;
     slots[at] = former[from];
   }
@@ -158,6 +156,7 @@ void XelCsvIndex::clear() noexcept {
 void XelCsvIndex::swap(XelCsvIndex& other) noexcept {
   std::swap(env, other.env);
   lines.swap(other.lines);
+  std::swap(placeMask, other.placeMask);
   std::swap(slots, other.slots);
   std::swap(used, other.used);
   std::swap(mostUsed, other.mostUsed);

@@ -8,8 +8,11 @@
 // A list of keyed lines, and an open-addressing hash table over it. A slot holds bits of the key's hash, and the line's
 // place in the list plus one; 0 is a free slot:
 //
-//   63          34 33           0
+//   63          28 27           0
 //   | hash bits   | place + 1   |
+//
+// The more bits the places have, the fewer are left to tell keys apart without reading them; so they get more only when
+// the list has grown beyond what they can tell.
 //
 // A key is looked for from its home slot on, up to the first free one. The home is in proportion to the hash bits, so
 // that slots are nearly in the order of their hash bits, and growing is one pass from the old slots to the new ones
@@ -19,9 +22,14 @@
 // once, but comes to its slot, which is fetched meanwhile, only when some more lines were added. One thread at a time.
 class XelCsvIndex {
  public:
-  // An empty index, whose list takes no more than so many chunks. Throws std::bad_alloc.
-  explicit XelCsvIndex(XelEnv environment, long chunksAtMost = XelCsvKeyList::MostChunks)
-      : env(environment), lines(environment, chunksAtMost) {}
+  // Bits of a place at first. They do for 2 GiB of keys.
+  static constexpr int FirstPlaceBits = 28;
+
+  // An empty index, whose list takes no more than so many chunks, and whose places have so many bits at first, 1 to
+  // XelCsvKeyList::PlaceBits. Throws std::bad_alloc.
+  explicit XelCsvIndex(XelEnv environment, long chunksAtMost = XelCsvKeyList::MostChunks,
+                       int placeBits = FirstPlaceBits)
+      : env(environment), lines(environment, chunksAtMost), placeMask((Slot{1} << placeBits) - 1) {}
   XelCsvIndex(const XelCsvIndex&) = delete;
   XelCsvIndex& operator=(const XelCsvIndex&) = delete;
 
@@ -74,15 +82,21 @@ class XelCsvIndex {
 
   // A line that is listed but has no slot.
   struct Pending {
-    std::uint64_t hash;  // the bits of it that a slot holds
+    std::uint64_t hash;
     Place place;
   };
 
+  // Bits of a hash that every slot holds, however many its place has.
   static constexpr int HashBits = 64 - XelCsvKeyList::PlaceBits;
 
+  // The home of a hash, or of what a slot holds of it.
   long getHome(std::uint64_t hash) const noexcept {
-    return static_cast<long>((hash * static_cast<std::uint64_t>(slots.getCount())) >> HashBits);
+    const std::uint64_t held = hash >> XelCsvKeyList::PlaceBits;
+    return static_cast<long>((held * static_cast<std::uint64_t>(slots.getCount())) >> HashBits);
   }
+
+  Place getPlace(Slot slot) const noexcept { return (slot & placeMask) - 1; }
+  bool hasHash(Slot slot, std::uint64_t hash) const noexcept { return ((slot ^ hash) & ~placeMask) == 0; }
 
   Pending& getPending(long number) noexcept { return pending[static_cast<unsigned long>(number) % Delay]; }
   bool hasEqualKey(Place first, Place second) const noexcept {
@@ -92,12 +106,14 @@ class XelCsvIndex {
   bool insertOldest();
   bool insert(const Pending& line);
   void makeRoom();
+  void widenPlaces(Place place) noexcept;
   void moveTo(long slotCount);
   long getExpected() const noexcept;
   void truncate(long size) noexcept;
 
   XelEnv env;
   XelCsvKeyList lines;
+  Slot placeMask;  // the bits of a slot that are its place
   XelEnvBlock<Slot> slots;
   long used = 0;                // slots that are not free
   long mostUsed = 0;            // with so many there must be more slots

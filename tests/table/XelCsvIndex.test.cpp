@@ -253,7 +253,7 @@ TEST(Index, TellsKeysApartWhoseHashesAgreeInASlot) {
     if (hashes[at].first != hashes[at - 1].first) continue;
     ++pairs;
     TestEnv env;
-    XelCsvIndex index(env);
+    XelCsvIndex index(env, XelCsvKeyList::MostChunks, XelCsvKeyList::PlaceBits);
     const std::string first = std::to_string(hashes[at - 1].second);
     const std::string second = std::to_string(hashes[at].second);
     EXPECT_TRUE(index.add(spanOf(first), {1, 10}));
@@ -265,6 +265,24 @@ TEST(Index, TellsKeysApartWhoseHashesAgreeInASlot) {
     EXPECT_EQ(index.find(second.c_str())->lineNumber, 20);
   }
   EXPECT_GT(pairs, 10);
+}
+
+TEST(Index, TakesBitsOfTheHashesWhenPlacesNeedThem) {
+  const auto makeKey = Shapes[2].makeKey;
+  for (const int placeBits : {1, 15, 16, 17, 20}) {
+    SCOPED_TRACE(placeBits);
+    TestEnv env;
+    XelCsvIndex index(env, XelCsvKeyList::MostChunks, placeBits);
+    addLines(index, makeKey, 20'000);
+    expectLines(index, makeKey, 20'000);
+    EXPECT_EQ(index.find(makeKey(20'000).c_str()), nullptr);
+    EXPECT_TRUE(index.add(spanOf(makeKey(7)), {1, 1}));
+    EXPECT_FALSE(index.settle()) << "a duplicate of a line from when places had few bits";
+    EXPECT_EQ(index.getSize(), 20'001);
+    index.clear();
+    addLines(index, makeKey, 100);
+    expectLines(index, makeKey, 100);
+  }
 }
 
 TEST(Index, EndsAtTheFirstDuplicateHoweverLateItIsNoticed) {
