@@ -13,6 +13,7 @@
 #include <langinfo.h>
 #endif
 
+#include "csv/line/XelCsvRounding.h"
 #include "xelcsv/XelEnv.h"
 
 // Most numbers are short. Their digits are read here, and what is not that simple is left to strtod and strtol, so that
@@ -102,11 +103,15 @@ bool readShortFloat(const char* text, double& value) noexcept {
     digits += at - fraction;
     if (!isPointDecimal()) return false;
   }
-  if (digits == 0 || digits > MostDigits || mantissa > LargestExact) return false;
+  if (digits == 0 || digits > MostDigits) return false;
   if (*at != '\0') {
     long shift = 0;
     if ((*at != 'e' && *at != 'E') || !readExponent(at + 1, shift)) return false;
     exponent += shift;
+  }
+  if (mantissa > LargestExact) {
+    const bool isInReach = exponent >= -XelMostPowersOfTen && exponent <= XelMostPowersOfTen;
+    return isInReach && XelRound(mantissa, isNegative, exponent, value);
   }
   if (exponent < -LargestPower || exponent > LargestPower) return false;
   const double whole = toDouble(mantissa, isNegative);
