@@ -98,6 +98,7 @@ XelScoped(Handle) -> XelScoped<Handle>;
 template <class Range>
 class XelRangeIterator {
  public:
+  // The types that the standard library asks an iterator for.
   using iterator_category = std::input_iterator_tag;
   using value_type = typename Range::value_type;
   using reference = typename Range::reference;
@@ -107,7 +108,10 @@ class XelRangeIterator {
   // What *it++ answers: a copy of the line or table, which lives as long as this object.
   class Former {
    public:
+    // Copies the line or table; throws what its copy() throws.
     explicit Former(const value_type& current) { copied->copy(current); }
+
+    // The copy, which belongs to this object.
     const value_type& operator*() const noexcept { return *copied; }
 
    private:
@@ -138,10 +142,8 @@ class XelRangeIterator {
   }
 
   // Whether both are at the end, or both stand in the same walk.
-  friend bool operator==(const XelRangeIterator& a, const XelRangeIterator& b) {
-    return a.isAtEnd() ? b.isAtEnd() : a.range == b.range;
-  }
-  friend bool operator!=(const XelRangeIterator& a, const XelRangeIterator& b) { return !(a == b); }
+  bool operator==(const XelRangeIterator& other) const { return isAtEnd() ? other.isAtEnd() : range == other.range; }
+  bool operator!=(const XelRangeIterator& other) const { return !(*this == other); }
 
  private:
   bool isAtEnd() const { return range == nullptr || !range->isOk(); }
@@ -158,10 +160,12 @@ class XelRangeIterator {
 // file. One walk at a time: begin() starts again at the first line.
 class XelLines {
  public:
+  // What a walk yields, how, and by which iterator.
   using value_type = XelCsvLine;
   using reference = const XelCsvLine&;
   using iterator = XelRangeIterator<XelLines>;
 
+  // The lines of a table. Opens nothing yet.
   explicit XelLines(const XelCsvTableReader& walked) : table(walked.getImpl()) {}
 
   // The lines of a one-table file. Throws XelIncorrectCsvReaderUseException on a file of several tables.
@@ -184,6 +188,7 @@ class XelLines {
     return iterator(this);
   }
 
+  // Where every walk ends.
   iterator end() noexcept { return iterator(); }
 
  private:
@@ -215,10 +220,12 @@ class XelLines {
 // not be made.
 class XelTables {
  public:
+  // What a walk yields, how, and by which iterator.
   using value_type = XelCsvTableReader;
   using reference = XelCsvTableReader&;
   using iterator = XelRangeIterator<XelTables>;
 
+  // The tables of a file. Opens nothing yet.
   explicit XelTables(const XelCsvReader& walked) : reader(walked.getImpl()) {}
 
   // A reader that nobody keeps would have nobody to end it.
@@ -238,6 +245,7 @@ class XelTables {
     return iterator(this);
   }
 
+  // Where every walk ends.
   iterator end() noexcept { return iterator(); }
 
  private:

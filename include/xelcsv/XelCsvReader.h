@@ -29,6 +29,7 @@ class XELCSV_API XelCsvReader {
   // Base of the family; thrown itself for a corrupted file. Its message names the place.
   class XELCSV_API XelCsvReaderException : public XelQuietException {
    public:
+    // Message and code as XelQuietException takes them.
     XelCsvReaderException(const char* message, long code) noexcept;
     ~XelCsvReaderException() override;
     XelCsvReaderException(const XelCsvReaderException&) noexcept = default;
@@ -87,10 +88,10 @@ class XELCSV_API XelCsvReader {
                const char* separators = ",", char decimal = '.', char quote = '"', char comment = '#',
                long isCached = 1);
 
-  XelCsvReader(const XelCsvReader& other);             // shares the file; no last line
-  XelCsvReader& operator=(const XelCsvReader& other);  // ends the own last line, then shares the file
-  XelCsvReader(XelCsvReader&& other) noexcept;         // takes file and last line; other is empty
-  XelCsvReader& operator=(XelCsvReader&& other) noexcept;
+  XelCsvReader(const XelCsvReader& other);                 // shares the file; no last line
+  XelCsvReader& operator=(const XelCsvReader& other);      // ends the own last line, then shares the file
+  XelCsvReader(XelCsvReader&& other) noexcept;             // takes file and last line; other is empty
+  XelCsvReader& operator=(XelCsvReader&& other) noexcept;  // the same; ends the own last line first
   ~XelCsvReader() = default;
 
   // ---- Files of several tables. On a one-table file these throw XelIncorrectCsvReaderUseException.
@@ -199,9 +200,16 @@ class XELCSV_API XelCsvReader::LineIterator {
   // Stands on the first line. Throws XelIncorrectCsvReaderUseException on a file of several tables.
   explicit LineIterator(XelCsvReader reader);
 
+  // The current line; it belongs to the iterator and lives until the next ++. An empty handle when there is none.
   XelCsvLine operator*() const { return *lines; }
+
+  // Goes to the next line. An iterator that has ended stays so.
   LineIterator& operator++();
+
+  // Whether the iterator stands on a line. After end() it answers what it answered before.
   bool ok() const { return lines.ok(); }
+
+  // Ends the walk: closes the file and gives the memory back. The destructor does the same.
   void end() { lines.end(); }
 
  private:

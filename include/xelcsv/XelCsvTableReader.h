@@ -37,10 +37,10 @@ class XELCSV_API XelCsvTableReader {
   // key line above 32 bits.
   XelCsvTableReader(XelCsvReaderI* reader, const char* tableName);
 
-  XelCsvTableReader(const XelCsvTableReader& other);             // shares the table; no last line
-  XelCsvTableReader& operator=(const XelCsvTableReader& other);  // ends the own last line, then shares the table
-  XelCsvTableReader(XelCsvTableReader&& other) noexcept;         // takes table and last line; other is empty
-  XelCsvTableReader& operator=(XelCsvTableReader&& other) noexcept;
+  XelCsvTableReader(const XelCsvTableReader& other);                 // shares the table; no last line
+  XelCsvTableReader& operator=(const XelCsvTableReader& other);      // ends the own last line, then shares the table
+  XelCsvTableReader(XelCsvTableReader&& other) noexcept;             // takes table and last line; other is empty
+  XelCsvTableReader& operator=(XelCsvTableReader&& other) noexcept;  // the same; ends the own last line first
   ~XelCsvTableReader() = default;
 
   // The line whose key columns hold the given values, in the order of the columns: at least as many as there are key
@@ -138,8 +138,8 @@ class XELCSV_API XelCsvTableReader::LineIterator {
   // *it is an empty handle, and ok() is false from the next ++ on.
   explicit LineIterator(XelCsvTableReader table);
 
-  LineIterator(const LineIterator& other);
-  LineIterator& operator=(const LineIterator& other);
+  LineIterator(const LineIterator& other);             // takes the position over; other is void
+  LineIterator& operator=(const LineIterator& other);  // stands on the first line of other's table
   ~LineIterator() = default;
 
   // The current line; it belongs to the iterator and lives until the next ++. An empty handle when there is none.

@@ -1,6 +1,7 @@
 // Version of the library and the macro that exports its classes.
 #pragma once
 
+// The version of these headers, in parts and as text.
 #define XELCSV_VERSION_MAJOR 0
 #define XELCSV_VERSION_MINOR 1
 #define XELCSV_VERSION_PATCH 0

@@ -108,6 +108,7 @@ class XELCSV_API XelExceptionMessage {
 // Base of all exceptions that report a misuse of a reader or a defect of a file. Copying one never throws.
 class XELCSV_API XelQuietException : public XelExceptionMessage, public std::exception {
  public:
+  // Copies the message, cut to XelMessageSize - 1 bytes; null is the empty message. getCode() answers the code.
   XelQuietException(const char* message, long code) noexcept;
   ~XelQuietException() override;
   XelQuietException(const XelQuietException&) noexcept = default;
@@ -121,6 +122,7 @@ class XELCSV_API XelQuietException : public XelExceptionMessage, public std::exc
 // operation of the public headers gives cause for it. It is no XelQuietException.
 class XELCSV_API XelWrongUsage : public XelExceptionMessage, public std::exception {
  public:
+  // Copies the message, cut to XelMessageSize - 1 bytes; null is the empty message. getCode() answers the code.
   XelWrongUsage(const char* message, long code) noexcept;
   ~XelWrongUsage() override;
   XelWrongUsage(const XelWrongUsage&) noexcept = default;
