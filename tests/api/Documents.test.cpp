@@ -98,12 +98,14 @@ bool isQuotedFrom(const char* folder, const char* extension, const Strings& line
   return false;
 }
 
-// What a heading is called in a link, as the usual sites for repositories call it.
+// What a heading is called in a link, as the usual sites for repositories call it; in any locale.
 std::string makeAnchor(const std::string& heading) {
   std::string anchor;
   for (const char c : heading) {
-    if (std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '_') {
-      anchor += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (c >= 'A' && c <= 'Z') {
+      anchor += static_cast<char>(c - 'A' + 'a');
+    } else if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_') {
+      anchor += c;
     } else if (c == ' ') {
       anchor += '-';
     }
