@@ -12,7 +12,8 @@ class XelCsvByteChecks {
   // Looks at the next line. Stops the findings where the text is UTF-16, of which no line can be read.
   void check(const XelCsvCheckedLine& line);
 
-  // Looks at the end of the file; the last line is the one that was looked at last, and may be a heading or key line.
+  // Looks at the end of the file; the last line is the one that was looked at last, and may be a heading or key line that is
+  // read as one of data too.
   void end(const XelCsvCheckedLine& last, bool isHeading);
 
  private:

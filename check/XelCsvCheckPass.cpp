@@ -87,9 +87,11 @@ void XelCsvCheckPass::checkTableLine() {
   using Kind = XelCsvHeadingChecks::Kind;
   if (kind == Kind::Heading) tableOfHeading = table;
   if (kind == Kind::Heading || kind == Kind::Skipped) return;
-  if (kind == Kind::Data && !isMeantForComment) {
+  if (kind == Kind::LostHeading || isMeantForComment) {
+    contents.checkUnintended(*table, line, fields);
+  } else if (contents.check(*table, line, fields)) {
     // Where fields are missing or too many, nobody knows which column a value belongs to.
-    if (contents.check(*table, line, fields)) columns.check(*table, line, fields);
+    columns.check(*table, line, fields);
   }
   keys.check(*table, line, fields);
   ++table->dataLines;
@@ -115,9 +117,16 @@ void XelCsvCheckPass::reportCommentWithBlank() {
 }
 
 void XelCsvCheckPass::finish() {
-  bytes.end(line, tableOfHeading != nullptr);
-  // A heading or key line that ends the file without a line feed is its table's line of data too.
-  if (tableOfHeading != nullptr && !line.hasLineFeed()) ++tableOfHeading->dataLines;
+  // A heading or key line that ends the file without a line feed is its table's line of data too; with table splitting it
+  // does not begin with the table's name alone and is none.
+  const bool isData = tableOfHeading != nullptr && !line.hasLineFeed() && !context.parameters.allowTableSplitting;
+  bytes.end(line, isData);
+  if (isData) {
+    headings.finish(*tableOfHeading);
+    contents.checkUnintended(*tableOfHeading, line, fields);
+    keys.check(*tableOfHeading, line, fields);
+    ++tableOfHeading->dataLines;
+  }
   for (const auto& table : tables.takeRest()) finishTable(*table);
   if (context.parameters.isMultiTable && tables.getNumberOfTables() == 0) contents.reportNoTable();
 }

@@ -17,6 +17,7 @@ struct XelCsvLineMark {
 struct XelCsvCheckedLine : XelCsvLineMark {
   XelCsvSpan text{nullptr, nullptr};  // its bytes, line end included
 
+  const XelCsvLineMark& getMark() const noexcept { return *this; }
   bool isRestOfLine() const noexcept { return before > 0; }
   bool hasLineFeed() const noexcept { return text.begin != text.end && text.end[-1] == '\n'; }
 

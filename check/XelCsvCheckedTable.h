@@ -42,14 +42,16 @@ struct XelCsvCheckedTable {
   // The heading zone: as long as it lasts, lines are headings or keys.
   bool isStarted = false;  // the first line was looked at
   bool isInZone = true;
-  long zone = 0;             // see XelCsvHeadingChecks
-  bool hasLostZone = false;  // a comment in front of it ended it
+  long zone = 0;                        // see XelCsvHeadingChecks
+  std::vector<XelCsvLineMark> foreign;  // marked lines of other tables in it, not taken yet
+  bool hasLostZone = false;             // a comment in front of it ended it
   bool hasHeadingLine = false;
   bool hasKeyLine = false;
   std::vector<std::string> headings;  // by the position of their column
   XelCsvLineMark keyLine;             // the last one
   long columns = 0;                   // as getNumberOfColumns() tells
   std::vector<long> keyPositions;     // of the key columns; without a key line all columns
+  long fieldsForKey = 0;              // fewest fields that a line with all of the key has
   bool hasChosenKeys = false;         // a key line chose them
 
   // The lines of data.

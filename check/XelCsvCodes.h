@@ -32,6 +32,7 @@ enum class XelCsvCode : unsigned char {
   EmptyHeading,
   BlankAroundName,
   HeadingAfterData,
+  ForeignHeading,
   MarkerCase,
   UnknownMarker,
   KeyLineNoOnes,

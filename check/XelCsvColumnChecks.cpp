@@ -19,7 +19,7 @@ bool areExceptions(long exceptions, long numbers) {
 }  // namespace
 
 XelCsvColumnChecks::XelCsvColumnChecks(const XelCsvCheckContext& checked, XelCsvLineAgain& lookBack)
-    : context(checked), again(lookBack), formerFields(checked.env, checked.format), isWanted(false) {
+    : context(checked), again(lookBack), formerFields(checked.env, checked.format) {
   for (const XelCsvCode code :
        {XelCsvCode::IntOverflow, XelCsvCode::NotANumber, XelCsvCode::TrailingText, XelCsvCode::DecimalMismatch}) {
     isWanted = isWanted || context.findings.isWanted(code);
@@ -30,61 +30,49 @@ void XelCsvColumnChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLin
   if (!isWanted) return;
   const long count = fields.getCount();
   if (static_cast<long>(table.values.size()) < count) table.values.resize(static_cast<std::size_t>(count));
-  // Where the decimal character is another, a point in the file is the other decimal character, and not to be told from
-  // it in the formatted line.
-  const bool hasPoint = context.parameters.decimal != '.' &&
-                        std::memchr(line.text.begin, '.', static_cast<std::size_t>(line.text.getLength())) != nullptr;
+  mayHoldPoint = context.parameters.decimal != '.' &&
+                 std::memchr(line.text.begin, '.', static_cast<std::size_t>(line.text.getLength())) != nullptr;
   for (long position = context.getFirstColumn(); position < count; ++position) {
-    XelCsvColumn& column = table.values[static_cast<std::size_t>(position)];
-    if (column.isText) continue;
-    bool isOther = false;
-    const XelNumberKind kind = kindOf(line, fields, position, hasPoint, isOther);
-    if (isOther) {
-      if (column.mismatches == 0) column.firstMismatch = line;
-      ++column.mismatches;
-      continue;
-    }
-    switch (kind) {
-      case XelNumberKind::Integer:
-        ++column.integers;
-        break;
-      case XelNumberKind::Float:
-        ++column.floats;
-        break;
-      case XelNumberKind::LargeInteger:
-        addLarge(table, column, position, line);
-        break;
-      case XelNumberKind::TrailingText:
-        addText(table, column, position, line, XelCsvCode::TrailingText);
-        break;
-      case XelNumberKind::Text:
-        addText(table, column, position, line, XelCsvCode::NotANumber);
-        break;
-      default:
-        break;
-    }
-    if (!column.suspects.empty() && areExceptions(column.texts, column.getNumbers())) {
-      tellSuspects(table, column.suspects, position);
-    }
-    if (!column.largeSuspects.empty() && !column.hasFloats() && areExceptions(column.overflows, column.integers)) {
-      tellSuspects(table, column.largeSuspects, position);
-    }
+    if (!table.values[static_cast<std::size_t>(position)].isText) checkValue(table, line, fields, position);
   }
 }
 
-// Only a number, or what begins with one, can be a number with the other decimal character.
-XelNumberKind XelCsvColumnChecks::kindOf(const XelCsvCheckedLine& line, const XelCsvFields& fields, long position,
-                                         bool hasPoint, bool& isOther) const {
+void XelCsvColumnChecks::checkValue(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                    const XelCsvFields& fields, long position) {
+  XelCsvColumn& column = table.values[static_cast<std::size_t>(position)];
   const XelCsvSpan value = fields.getTrimmed(position);
   const XelNumberKind kind = XelKindOfNumber(value);
+  if (isOtherDecimal(line, value, kind, position)) {
+    if (column.mismatches == 0) column.firstMismatch = line.getMark();
+    ++column.mismatches;
+  } else if (kind == XelNumberKind::Integer) {
+    ++column.integers;
+  } else if (kind == XelNumberKind::Float) {
+    ++column.floats;
+  } else if (kind == XelNumberKind::LargeInteger) {
+    addLarge(table, column, position, line.getMark());
+  } else if (kind != XelNumberKind::Empty) {
+    const bool isText = kind == XelNumberKind::Text;
+    addText(table, column, position, line.getMark(), isText ? XelCsvCode::NotANumber : XelCsvCode::TrailingText);
+  }
+  if (!column.suspects.empty() && areExceptions(column.texts, column.getNumbers())) {
+    tellSuspects(table, column.suspects, position);
+  }
+  if (!column.largeSuspects.empty() && !column.hasFloats() && areExceptions(column.overflows, column.integers)) {
+    tellSuspects(table, column.largeSuspects, position);
+  }
+}
+
+// Only what begins with a number can be one with the other decimal character. Where the decimal character is not a point,
+// a point in the file is the other one, and not to be told from it in the formatted line.
+bool XelCsvColumnChecks::isOtherDecimal(const XelCsvCheckedLine& line, const XelCsvSpan& value, XelNumberKind kind,
+                                        long position) const {
   const char decimal = context.parameters.decimal;
   const char quote = context.parameters.quote;
-  if (decimal == '.') {
-    isOther = kind == XelNumberKind::TrailingText && XelIsOtherDecimal(value, decimal, quote);
-  } else if (hasPoint && (kind == XelNumberKind::Float || kind == XelNumberKind::TrailingText)) {
-    isOther = XelIsOtherDecimal(XelRawField(line.text, context.format, position), decimal, quote);
-  }
-  return kind;
+  const bool hasTrailing = kind == XelNumberKind::TrailingText;
+  if (decimal == '.') return hasTrailing && XelIsOtherDecimal(value, decimal, quote);
+  if (!mayHoldPoint || (!hasTrailing && kind != XelNumberKind::Float)) return false;
+  return XelIsOtherDecimal(XelRawField(line.text, context.format, position), decimal, quote);
 }
 
 void XelCsvColumnChecks::addText(XelCsvCheckedTable& table, XelCsvColumn& column, long position,

@@ -21,8 +21,8 @@ class XelCsvColumnChecks {
   void finish(XelCsvCheckedTable& table);
 
  private:
-  XelNumberKind kindOf(const XelCsvCheckedLine& line, const XelCsvFields& fields, long position, bool hasPoint,
-                       bool& isOther) const;
+  void checkValue(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields, long position);
+  bool isOtherDecimal(const XelCsvCheckedLine& line, const XelCsvSpan& value, XelNumberKind kind, long position) const;
   void addText(XelCsvCheckedTable& table, XelCsvColumn& column, long position, const XelCsvLineMark& line,
                XelCsvCode code);
   void addLarge(XelCsvCheckedTable& table, XelCsvColumn& column, long position, const XelCsvLineMark& line);
@@ -34,5 +34,6 @@ class XelCsvColumnChecks {
   const XelCsvCheckContext& context;
   XelCsvLineAgain& again;
   XelCsvFields formerFields;
-  bool isWanted;
+  bool mayHoldPoint = false;  // where the decimal character is another: the line has a point
+  bool isWanted = false;
 };

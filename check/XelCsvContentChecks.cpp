@@ -10,24 +10,36 @@ bool XelCsvContentChecks::check(XelCsvCheckedTable& table, const XelCsvCheckedLi
     if (table.expectedFields < 0) table.expectedFields = count;
     checkDirectives(table, line, count);
   }
-  if (count == table.expectedFields) return true;
+  if (count == table.expectedFields && hasKey(table, count)) return true;
   reportRagged(table, line, count);
   return false;
 }
 
+void XelCsvContentChecks::checkUnintended(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                          const XelCsvFields& fields) {
+  if (!hasKey(table, fields.getCount())) reportRagged(table, line, fields.getCount());
+}
+
+// Whether a line of so many fields has all those of the key, and, as the library asks too, not fewer fields than those.
+bool XelCsvContentChecks::hasKey(const XelCsvCheckedTable& table, long count) { return count >= table.fieldsForKey; }
+
 void XelCsvContentChecks::reportRagged(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count) {
-  const bool isShort = count < table.expectedFields;
-  if (!context.findings.takes(XelCsvCode::Ragged, table.name,
-                              isShort ? XelCsvSeverity::Error : XelCsvSeverity::Warning)) {
-    return;
-  }
-  const char* const model =
-      table.headings.empty() ? table.hasKeyLine ? "key line" : "first line of data" : "heading line";
-  std::string message =
-      XelCounted(count, "field") + " where the " + model + " has " + std::to_string(table.expectedFields) + ": ";
+  const bool lacksKey = !hasKey(table, count);
+  const bool isShort = lacksKey || count < table.expectedFields;
+  const XelCsvSeverity severity = isShort ? XelCsvSeverity::Error : XelCsvSeverity::Warning;
+  if (!context.findings.takes(XelCsvCode::Ragged, table.name, severity)) return;
+  const std::string fields = XelCounted(count, "field");
+  const char* const model = !table.headings.empty() ? "heading line"
+                            : table.hasKeyLine      ? "key line"
+                                                    : "first line of data";
+  std::string message = fields + " where the " + model + " has " + std::to_string(table.expectedFields) + ": ";
   XelCsvSpan place = XelRawField(line.text, context.format, isShort ? count : table.expectedFields);
-  if (isShort) {
-    message += describeMissing(table, count);
+  if (lacksKey) {
+    if (count >= table.expectedFields)
+      message = fields + " where the key takes " + std::to_string(table.fieldsForKey) + ": ";
+    message += describeMissingKey(table, count);
+  } else if (isShort) {
+    message += "getStringByPosition(" + std::to_string(count) + ") throws XelFieldNotFoundException";
   } else {
     place.end = XelSplitRaw(line.text, context.format).back().end;
     message += "from position " + std::to_string(table.expectedFields) + " on they are read by position only";
@@ -36,14 +48,9 @@ void XelCsvContentChecks::reportRagged(const XelCsvCheckedTable& table, const Xe
 }
 
 // The fields of the key are looked for when a cached table is made, all others when they are asked for.
-std::string XelCsvContentChecks::describeMissing(const XelCsvCheckedTable& table, long count) const {
-  const std::vector<long>& keys = table.keyPositions;
-  const bool hasTooFewForKeys = count < static_cast<long>(keys.size());
-  const auto missing = std::find_if(keys.begin(), keys.end(), [count](long position) { return position >= count; });
-  if (!hasTooFewForKeys && missing == keys.end()) {
-    return "getStringByPosition(" + std::to_string(count) + ") throws XelFieldNotFoundException";
-  }
-  const std::string thrown = hasTooFewForKeys ? "XelCsvReaderException" : "XelFieldNotFoundException";
+std::string XelCsvContentChecks::describeMissingKey(const XelCsvCheckedTable& table, long count) const {
+  const bool areTooFew = count < static_cast<long>(table.keyPositions.size());
+  const std::string thrown = areTooFew ? "XelCsvReaderException" : "XelFieldNotFoundException";
   const std::string maker = context.parameters.isMultiTable ? "getTableByName" : "the constructor of XelCsvReader";
   return "the key lacks a field, " + maker + " throws " + thrown +
          " for a cached table, getLineByKey for one that is not";

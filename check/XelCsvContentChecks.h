@@ -13,6 +13,9 @@ class XelCsvContentChecks {
   // Looks at the next line of data. Answers whether it has as many fields as the table has columns.
   bool check(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
 
+  // Looks at a line that is one of data for the library alone. Its key must be there all the same.
+  void checkUnintended(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+
   // The table has no more lines.
   void finish(const XelCsvCheckedTable& table);
 
@@ -21,7 +24,8 @@ class XelCsvContentChecks {
 
  private:
   void reportRagged(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count);
-  std::string describeMissing(const XelCsvCheckedTable& table, long count) const;
+  static bool hasKey(const XelCsvCheckedTable& table, long count);
+  std::string describeMissingKey(const XelCsvCheckedTable& table, long count) const;
   void checkDirectives(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long count);
 
   const XelCsvCheckContext& context;

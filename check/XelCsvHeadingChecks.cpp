@@ -33,13 +33,15 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, 
   if (!table.isStarted) start(table, fields.getCount());
   const std::string_view first = textOf(fields.getField(0));
   const bool hasBar = holds(first, "|");
-  if (!hasBar) ++zones;
+  if (!table.foreign.empty()) takeForeign(table);
+  if (!hasBar) endZones();
   if (table.isInZone && table.zone != zones) closeZone(table);
   if (isFirstLinePending) checkFirstLine(table, hasBar && isMarkedInAnyCase(first));
   if (!hasBar) {
     table.hasLostZone = false;
     return Kind::Data;
   }
+  if (isMarked(first)) offerToOthers(table, line);
   if (!table.isInZone) {
     if (context.parameters.allowTableSplitting) return checkSkipped(table, line, isMarkedInAnyCase(first));
     return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
@@ -54,15 +56,45 @@ void XelCsvHeadingChecks::start(XelCsvCheckedTable& table, long columns) {
   table.isStarted = true;
   table.zone = zones;
   table.columns = columns;
+  if (context.parameters.allowTableSplitting) open.push_back(&table);
+}
+
+void XelCsvHeadingChecks::endZones() noexcept {
+  ++zones;
+  open.clear();
+}
+
+// The library goes on with the zone of a table only as long as more of its lines come, which is not known yet.
+void XelCsvHeadingChecks::offerToOthers(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line) {
+  for (XelCsvCheckedTable* other : open) {
+    if (other != &table) other->foreign.push_back(line.getMark());
+  }
+}
+
+// More lines of the table have come. Key columns of other tables are keys of this one; headings of other tables are told,
+// and left alone otherwise, so that lines are compared with what they were meant for.
+void XelCsvHeadingChecks::takeForeign(XelCsvCheckedTable& table) {
+  if (context.findings.takes(XelCsvCode::ForeignHeading, table.name)) {
+    const XelCsvCheckedLine line = again.read(table.foreign.front());
+    context.findings.report(XelCsvCode::ForeignHeading, XelPlaceOf(line, line.getContent()),
+                            "with table splitting the heading zone of table " + XelQuoted(table.name) +
+                                " goes on over this line: its headings or keys read silently as those of that table");
+  }
+  for (const XelCsvLineMark& mark : table.foreign) {
+    const XelCsvCheckedLine line = again.read(mark);
+    foreignFields.format(line.text);
+    if (holds(textOf(foreignFields.getField(0)), "KEYS")) addKeyLine(table, line, foreignFields);
+  }
+  table.foreign.clear();
 }
 
 void XelCsvHeadingChecks::passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
                                         XelCsvFields& fields) {
   fields.format(line.text);
   start(table, fields.getCount());
-  ++zones;
+  endZones();
   table.hasLostZone = true;
-  firstLine = line;
+  firstLine = line.getMark();
   isFirstLinePending = true;
 }
 
@@ -117,8 +149,12 @@ void XelCsvHeadingChecks::closeZone(XelCsvCheckedTable& table) {
   if (!table.isInZone) return;
   table.isInZone = false;
   table.hasChosenKeys = !table.keyPositions.empty();
+  if (!table.hasChosenKeys) {
+    for (long column = context.getFirstColumn(); column < table.columns; ++column) table.keyPositions.push_back(column);
+  }
+  table.fieldsForKey = static_cast<long>(table.keyPositions.size());
+  for (const long position : table.keyPositions) table.fieldsForKey = std::max(table.fieldsForKey, position + 1);
   if (table.hasChosenKeys) return;
-  for (long column = context.getFirstColumn(); column < table.columns; ++column) table.keyPositions.push_back(column);
   if (!table.hasKeyLine || !context.findings.takes(XelCsvCode::KeyLineNoOnes, table.name)) return;
   const XelCsvCheckedLine line = again.read(table.keyLine);
   context.findings.report(XelCsvCode::KeyLineNoOnes, XelPlaceOf(line, line.getContent()),
@@ -140,7 +176,7 @@ void XelCsvHeadingChecks::setHeadings(XelCsvCheckedTable& table, const XelCsvFie
   table.expectedFields = fields.getCount() - context.getMarkerFields();
   table.headings.assign(static_cast<std::size_t>(table.expectedFields), {});
   for (long field = 1; field < fields.getCount(); ++field) {
-    const std::size_t column = static_cast<std::size_t>(field - context.getMarkerFields());
+    const auto column = static_cast<std::size_t>(field - context.getMarkerFields());
     table.headings[column] = textOf(fields.getTrimmed(field));
   }
 }
@@ -149,42 +185,46 @@ void XelCsvHeadingChecks::setHeadings(XelCsvCheckedTable& table, const XelCsvFie
 void XelCsvHeadingChecks::checkHeadings(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
                                         const XelCsvFields& fields) {
   const std::vector<XelCsvSpan> raw = XelSplitRaw(line.text, context.format);
-  const std::vector<std::string>& headings = table.headings;
+  const auto first = table.headings.begin() + context.getFirstColumn();
   bool hasEmpty = false;
   bool hasDuplicate = false;
   bool hasBlank = false;
-  for (long field = 1; field < fields.getCount(); ++field) {
+  for (auto heading = first; heading != table.headings.end(); ++heading) {
+    const long column = heading - table.headings.begin();
+    const long field = column + context.getMarkerFields();
     const XelCsvSpan& place = raw[static_cast<std::size_t>(field)];
-    const long column = field - context.getMarkerFields();
-    const std::string& heading = headings[static_cast<std::size_t>(column)];
-    if (heading.empty()) {
-      if (!hasEmpty && context.findings.takes(XelCsvCode::EmptyHeading, table.name)) {
-        context.findings.report(XelCsvCode::EmptyHeading, XelPlaceOf(line, place),
-                                "the column at position " + std::to_string(column) +
-                                    " has an empty heading: its values are read by position only");
-      }
+    if (heading->empty()) {
+      if (!hasEmpty) reportEmptyHeading(table, line, place, column);
       hasEmpty = true;
       continue;
     }
-    const auto before = headings.begin() + column;
-    const auto equal = std::find(headings.begin() + context.getFirstColumn(), before, heading);
-    if (equal != before && !hasDuplicate) {
+    const auto equal = std::find(first, heading, *heading);
+    if (equal != heading && !hasDuplicate) {
       hasDuplicate = true;
-      if (context.findings.takes(XelCsvCode::DuplicateHeading, table.name)) {
-        context.findings.report(XelCsvCode::DuplicateHeading, XelPlaceOf(line, place),
-                                "the heading " + XelQuoted(heading) +
-                                    " stands in this line before: getPosition() finds "
-                                    "the column at position " +
-                                    std::to_string(equal - headings.begin()) +
-                                    ", the values of this one are read by position only");
-      }
+      reportDuplicateHeading(table, line, place, equal - table.headings.begin());
     }
     if (!hasBlank && XelHasBlankAround(fields.getField(field), fields.getTrimmed(field))) {
       hasBlank = true;
-      const XelCsvSpan name = XelTrimmed(place.begin, place.end);
-      XelReportBlankAround(context, table.name, line, name, "the heading", "getPosition");
+      XelReportBlankAround(context, table.name, line, XelTrimmed(place.begin, place.end), "the heading", "getPosition");
     }
   }
+}
+
+void XelCsvHeadingChecks::reportEmptyHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                             const XelCsvSpan& place, long column) {
+  if (!context.findings.takes(XelCsvCode::EmptyHeading, table.name)) return;
+  context.findings.report(XelCsvCode::EmptyHeading, XelPlaceOf(line, place),
+                          "the column at position " + std::to_string(column) +
+                              " has an empty heading: its values are read by position only");
+}
+
+void XelCsvHeadingChecks::reportDuplicateHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
+                                                 const XelCsvSpan& place, long found) {
+  if (!context.findings.takes(XelCsvCode::DuplicateHeading, table.name)) return;
+  context.findings.report(XelCsvCode::DuplicateHeading, XelPlaceOf(line, place),
+                          "the heading " + XelQuoted(table.headings[static_cast<std::size_t>(found)]) +
+                              " stands in this line before: getPosition() finds the column at position " +
+                              std::to_string(found) + ", the values of this one are read by position only");
 }
 
 void XelCsvHeadingChecks::addKeyLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
@@ -193,7 +233,7 @@ void XelCsvHeadingChecks::addKeyLine(XelCsvCheckedTable& table, const XelCsvChec
   if (marker == 1 && !table.hasHeadingLine) table.columns = fields.getCount() - 1;
   if (!table.hasHeadingLine) table.expectedFields = table.columns;
   table.hasKeyLine = true;
-  table.keyLine = line;
+  table.keyLine = line.getMark();
   bool isTold = false;
   for (long field = marker; field < fields.getCount(); ++field) {
     long value = 0;

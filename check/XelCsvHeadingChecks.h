@@ -10,7 +10,7 @@ class XelCsvHeadingChecks {
  public:
   // Both must outlive it.
   XelCsvHeadingChecks(const XelCsvCheckContext& checked, XelCsvLineAgain& lookBack)
-      : context(checked), again(lookBack) {}
+      : context(checked), again(lookBack), foreignFields(checked.env, checked.format) {}
 
   // What a line is.
   enum class Kind {
@@ -27,13 +27,16 @@ class XelCsvHeadingChecks {
   void passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, XelCsvFields& fields);
 
   // A line that belongs to no table.
-  void passOtherLine() noexcept { ++zones; }
+  void passOtherLine() noexcept { endZones(); }
 
   // The table has no more lines.
   void finish(XelCsvCheckedTable& table) { closeZone(table); }
 
  private:
   void start(XelCsvCheckedTable& table, long columns);
+  void endZones() noexcept;
+  void offerToOthers(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line);
+  void takeForeign(XelCsvCheckedTable& table);
   void closeZone(XelCsvCheckedTable& table);
   Kind checkLostHeading(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   Kind checkSkipped(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isMarked);
@@ -41,6 +44,10 @@ class XelCsvHeadingChecks {
   void addHeadingLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   void setHeadings(XelCsvCheckedTable& table, const XelCsvFields& fields);
   void checkHeadings(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
+  void reportEmptyHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvSpan& place,
+                          long column);
+  void reportDuplicateHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvSpan& place,
+                              long found);
   void addKeyLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   void reportOverflow(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long field);
   void reportMarker(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, long fieldCount, bool isCase);
@@ -50,6 +57,8 @@ class XelCsvHeadingChecks {
   // Grows with every line that ends heading zones. The library reads the zone of a table without a look at whose lines
   // come, so a line of another table may end it: a zone is over when this is not what it was when the table began.
   long zones = 0;
+  std::vector<XelCsvCheckedTable*> open;  // with table splitting: the tables that began since then
+  XelCsvFields foreignFields;
   XelCsvLineMark firstLine;  // of a one-table file, when it is a comment or empty
   bool isFirstLinePending = false;
 };

@@ -3,6 +3,7 @@
 void XelDescribeHeadingCodes(XelCsvCatalogue& catalogue) {
   const XelCsvCheckParameters one = XelReadAsOneTable();
   const XelCsvCheckParameters many = XelReadAsManyTables();
+  const XelCsvCheckParameters split = XelReadAsSplitTables();
 
   catalogue.set(
       XelCsvCode::CommentBeforeHeadings,
@@ -71,6 +72,19 @@ void XelDescribeHeadingCodes(XelCsvCatalogue& catalogue) {
        "Put heading and key lines in front of the lines of data.",
        {"1\n|NAMES,a\n", one},
        {"|NAMES,a\n1\n", one}});
+
+  catalogue.set(
+      XelCsvCode::ForeignHeading,
+      {"foreign-heading",
+       XelCsvSeverity::Error,
+       "heading or key line of another table",
+       "The file is read with table splitting, and between the heading lines and the data of a table stand "
+       "heading or key lines of another, as where a file begins with the headings of all its tables.",
+       "The heading zone of a table goes on over lines of whatever table until one has no bar in its first "
+       "field: the headings of the other table replace its own, and its key columns are added, without a word.",
+       "Let the first line of data of each table follow its heading and key lines.",
+       {"Stock|NAMES,a\nPrice|NAMES,b\nPrice,1\nStock,1\n", split},
+       {"Stock|NAMES,a\nStock,1\nPrice|NAMES,b\nPrice,1\n", split}});
 
   catalogue.set(
       XelCsvCode::MarkerCase,

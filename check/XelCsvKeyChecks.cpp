@@ -64,11 +64,11 @@ void XelCsvKeyChecks::reportDuplicate(const XelCsvCheckedTable& table, const Xel
     const auto columns = static_cast<long>(table.keyPositions.size());
     message += " (without a key line it is made of " + XelCounted(columns, "column") + ")";
   }
-  message +=
-      context.parameters.isMultiTable
-          ? ": for a cached table getTableByName throws XelDuplicatedLineException, of one that is not the first "
-            "line is found"
-          : ": a cached reader silently ends the table here, one that is not finds the first line";
+  message += context.parameters.isMultiTable
+                 ? ": for a cached table getTableByName throws XelDuplicatedLineException, one that is not "
+                   "finds that line by the key"
+                 : ": a cached reader silently reads that line again in place of this one and ends the table here; "
+                   "one that is not finds that line by the key";
   context.findings.report(XelCsvCode::DuplicateKey, XelPlaceOf(line, line.getContent()), std::move(message));
 }
 

@@ -31,7 +31,7 @@ void XelDescribeQuoteCodes(XelCsvCatalogue& catalogue) {
                  XelCsvSeverity::Warning,
                  "doubled quote",
                  "Inside quotes stand two quotes in a row, with which many programs write one quote.",
-                 "The first closes and the second opens again, and both vanish: \"a\"\"b\" reads as ab.",
+                 R"(The first closes and the second opens again, and both vanish: "a""b" reads as ab.)",
                  "Use another character for quotes in texts, or read the file with another quote.",
                  {"\"a\"\"b\"\n", one},
                  {"\"ab\"\n", one}});

@@ -48,7 +48,7 @@ XelCsvCheckedTable* XelCsvTableChecks::begin(std::string name, const XelCsvCheck
   if (known != names.end()) return comeBack(name, known->second, line, place);
   const long index = static_cast<long>(tables.size());
   checkReservedOrder(name, line, place);
-  names.insert({name, {line, false, index}});
+  names.insert({name, {line.getMark(), false, index}});
   return add(std::move(name), line, place);
 }
 
@@ -56,7 +56,9 @@ XelCsvCheckedTable* XelCsvTableChecks::comeBack(const std::string& name, Name& k
                                                 const XelCsvSpan& place) {
   const bool isSplit = context.parameters.allowTableSplitting;
   const XelCsvCode code = isSplit ? XelCsvCode::SplitTable : XelCsvCode::DuplicateTable;
-  if (!known.isTold && context.findings.takes(code, name)) {
+  // Where heading lines of other tables stand between, that is told of them.
+  const bool isForeign = isSplit && !tables[static_cast<std::size_t>(known.index)]->foreign.empty();
+  if (!known.isTold && !isForeign && context.findings.takes(code, name)) {
     const std::string back = "table " + XelQuoted(name) + " of line " + std::to_string(known.first.line) +
                              " comes back behind another table: ";
     context.findings.report(code, XelPlaceOf(line, place),

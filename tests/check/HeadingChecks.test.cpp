@@ -162,7 +162,9 @@ TEST(MarkerCase, CountsTheMarkerAsAColumnOfAOneTableFile) {
   EXPECT_EQ(
       file.show(),
       "1:1 error marker-case: NAMES and KEYS mark a line in capital letters only: this one is skipped silently, "
-      "and where no other line names the columns its 2 fields are counted as columns, of which the key is made\n");
+      "and where no other line names the columns its 2 fields are counted as columns, of which the key is made\n"
+      "2:2 error ragged: 1 field where the key takes 2: the key lacks a field, the constructor of XelCsvReader throws "
+      "XelCsvReaderException for a cached table, getLineByKey for one that is not\n");
   EXPECT_XEL_THROW(file.read(), XelCsvReader::XelCsvReaderException,
                    "XelCsvReader::XelCsvReaderException : corrupted file the number of keys (2) exceeds the number of "
                    "fields of the current line (1), line number 1");
@@ -214,4 +216,31 @@ TEST(UnknownMarker, WithTableSplittingSkipsLinesOfDataToo) {
   EndGuard ended(table);
   EXPECT_EQ(table.getNumberOfItems(), 1);
   EXPECT_EQ(CheckedFile("Stock,1\nStock|old,2\n", manyTables()).show(), "");
+}
+
+TEST(ForeignHeading, ReplacesTheHeadingsAndAddsToTheKeys) {
+  CheckedFile file("Stock|NAMES,a,b\nStock|KEYS,1,0\nPrice|NAMES,c,d\nPrice|KEYS,0,1\nPrice,1,2\nStock,1,2\n",
+                   splitTables());
+  EXPECT_EQ(
+      file.show(),
+      "3:1 error foreign-heading: with table splitting the heading zone of table \"Stock\" goes on over this line: "
+      "its headings or keys read silently as those of that table\n");
+  XelCsvTableReader table = file.read().getTableByName("Stock");
+  EndGuard ended(table);
+  EXPECT_FALSE(table.isHeadingExists("a"));
+  EXPECT_EQ(table.getPosition("c"), 1);
+  EXPECT_EQ(table.getNumberOfKeys(), 2);
+}
+
+TEST(ForeignHeading, IsNoneWhereNoMoreLinesOfTheTableCome) {
+  EXPECT_EQ(CheckedFile("Stock|NAMES,a\nPrice|NAMES,b\nPrice,1\n", splitTables(), only({"foreign-heading"})).show(),
+            "");
+}
+
+TEST(ForeignHeading, MayBeAKeyLineThatIsTooLarge) {
+  CheckedFile file("Stock|NAMES,a\nPrice|KEYS,3000000000\nStock,1\n", splitTables(), only({"key-line-overflow"}));
+  ASSERT_EQ(file.getFindings().size(), 2U);
+  EXPECT_EQ(file.getFindings()[0].table, "Price");
+  EXPECT_EQ(file.getFindings()[1].table, "Stock");
+  EXPECT_THROW(file.read().getTableByName("Stock"), XelCsvReader::XelOverflowException);
 }

@@ -5,7 +5,7 @@ TEST(DuplicateKey, OfATableAmongSeveralMakesNoCachedTable) {
   CheckedFile file("Stock|NAMES,a,b\nStock|KEYS,1,0\nStock, x ,1\nStock,y,2\nStock,x,3\n", manyTables());
   EXPECT_EQ(file.show(),
             "5:1 error duplicate-key: line 3 has the same key, \"x\": for a cached table getTableByName throws "
-            "XelDuplicatedLineException, of one that is not the first line is found\n");
+            "XelDuplicatedLineException, one that is not finds that line by the key\n");
   EXPECT_XEL_THROW(
       file.read().getTableByName("Stock"), XelCsvReader::XelDuplicatedLineException,
       "XelCsvReader::XelDuplicatedLineException : Another line with key  x already exists In Table Stock .");
@@ -16,7 +16,7 @@ TEST(DuplicateKey, OfTwoKeyColumns) {
                    only({"duplicate-key"}));
   EXPECT_EQ(file.show(),
             "4:1 error duplicate-key: line 3 has the same key, \"x-y-z\": for a cached table getTableByName throws "
-            "XelDuplicatedLineException, of one that is not the first line is found\n");
+            "XelDuplicatedLineException, one that is not finds that line by the key\n");
   EXPECT_XEL_THROW(
       file.read().getTableByName("Stock"), XelCsvReader::XelDuplicatedLineException,
       "XelCsvReader::XelDuplicatedLineException : Another line with key  x-y-z already exists In Table Stock "
@@ -30,10 +30,11 @@ TEST(DuplicateKey, OfAOneTableFileEndsTheTable) {
   CheckedFile file("|NAMES,a,b\n|KEYS,1,0\nx,1\ny,2\n x ,3\nz,4\n", oneTable());
   EXPECT_EQ(
       file.show(),
-      "5:1 error duplicate-key: line 3 has the same key, \"x\": a cached reader silently ends the table here, one "
-      "that is not finds the first line\n");
+      "5:1 error duplicate-key: line 3 has the same key, \"x\": a cached reader silently reads that line again in place of this one and ends the table here; one that is not finds that line by the key\n");
   XelCsvReader& reader = file.read();
   EXPECT_EQ(reader.getLineByKey(1, "x").getLineNumber(), 2);
+  EXPECT_EQ(reader.getLineByNumber(2).getLineNumber(), 2);
+  EXPECT_EQ(reader.getNumberOfItems(), 3);
   EXPECT_XEL_THROW(reader.getLineByKey(1, "z"), XelCsvReader::XelLineNotFoundException,
                    "XelCsvReader::XelLineNotFoundException : No line having key z .");
   XelCsvReader& scanning = file.read(false);
@@ -43,9 +44,9 @@ TEST(DuplicateKey, OfAOneTableFileEndsTheTable) {
 
 TEST(DuplicateKey, WithoutKeyLineAllColumnsAreTheKey) {
   CheckedFile file("a,1\na,2\na,1\n", oneTable());
-  EXPECT_EQ(file.show(),
-            "3:1 error duplicate-key: line 1 has the same key, \"a-1\" (without a key line it is made of 2 columns): a "
-            "cached reader silently ends the table here, one that is not finds the first line\n");
+  EXPECT_EQ(
+      file.show(),
+      "3:1 error duplicate-key: line 1 has the same key, \"a-1\" (without a key line it is made of 2 columns): a cached reader silently reads that line again in place of this one and ends the table here; one that is not finds that line by the key\n");
 }
 
 TEST(DuplicateKey, IsToldOfEachLine) {
@@ -77,7 +78,7 @@ TEST(DuplicateKey, OfATableWithoutColumnsIsEmpty) {
   EXPECT_EQ(
       file.show(),
       "2:1 error duplicate-key: line 1 has the same key, \"\" (without a key line it is made of 0 columns): for a "
-      "cached table getTableByName throws XelDuplicatedLineException, of one that is not the first line is found\n");
+      "cached table getTableByName throws XelDuplicatedLineException, one that is not finds that line by the key\n");
   EXPECT_XEL_THROW(
       file.read().getTableByName("Stock"), XelCsvReader::XelDuplicatedLineException,
       "XelCsvReader::XelDuplicatedLineException : Another line with key   already exists In Table Stock .");
