@@ -9,8 +9,8 @@ namespace xeltools {
 
 std::vector<std::unique_ptr<Command>> makeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
-  for (auto* const make : {makeTables, makeShow, makeHeaders, makeKeys, makeCount, makeGet, makeSniff, makeConvert,
-                           makeCompletion, makeVersion, makeHelp}) {
+  for (auto* const make : {makeTables, makeShow, makeHeaders, makeKeys, makeCount, makeGet, makeCheck, makeExplain,
+                           makeSniff, makeConvert, makeCompletion, makeVersion, makeHelp}) {
     commands.push_back(make());
   }
   return commands;

@@ -19,27 +19,36 @@ namespace {
 
 std::string makeColumnName(long position) { return "Column " + std::to_string(position); }
 
-// Answers the file's name. The library says at length what it makes of what it cannot read; people want a line.
-const char* checkReadable(const std::string& file) {
-  const std::string name = makePrintable(file);
-  if (file.empty()) throw UserError("the name of the data file is empty");
-  struct stat status {};
-  if (stat(file.c_str(), &status) != 0) {
-    if (errno == ENOENT) throw UserError(name + ": there is no such file");
-    return file.c_str();
-  }
-  if (S_ISDIR(status.st_mode)) throw UserError(name + ": is a folder; name a data file");
-  if (!S_ISREG(status.st_mode)) throw UserError(name + ": is no regular file; save what it gives into one first");
-  if (access(file.c_str(), R_OK) != 0) throw UserError(name + ": may not be read; ask its owner for the permission");
+// The name of a file that was checked.
+const char* check(const std::string& file) {
+  checkReadable(file);
   return file.c_str();
 }
 
 }  // namespace
 
+void checkReadable(const std::string& file) {
+  const std::string name = makePrintable(file);
+  if (file.empty()) throw UserError("the name of the data file is empty");
+  struct stat status {};
+  if (stat(file.c_str(), &status) != 0) {
+    if (errno == ENOENT) throw UserError(name + ": there is no such file");
+    return;
+  }
+  if (S_ISDIR(status.st_mode)) throw UserError(name + ": is a folder; name a data file");
+  if (!S_ISREG(status.st_mode)) throw UserError(name + ": is no regular file; save what it gives into one first");
+  if (access(file.c_str(), R_OK) != 0) throw UserError(name + ": may not be read; ask its owner for the permission");
+}
+
+long getFileSize(const std::string& file) {
+  struct stat status {};
+  return stat(file.c_str(), &status) == 0 ? status.st_size : 0;
+}
+
 DataFile::DataFile(const std::string& file, const ReaderParameters& readerParameters, Access access)
     : name(file),
       parameters(readerParameters),
-      reader(*env, checkReadable(file), parameters.isMultiTable ? 1 : 0, parameters.allowTableSplitting ? 1 : 0,
+      reader(*env, check(file), parameters.isMultiTable ? 1 : 0, parameters.allowTableSplitting ? 1 : 0,
              parameters.separators.c_str(), parameters.decimal, parameters.quote, parameters.comment,
              access == Access::AsParameters && parameters.isCached ? 1 : 0) {
   if (!parameters.isMultiTable) {
@@ -50,11 +59,6 @@ DataFile::DataFile(const std::string& file, const ReaderParameters& readerParame
   for (long number = 0; number < impl->getNumberOfAllTables(); ++number) {
     tableNames.emplace_back(impl->getTableName(number));
   }
-}
-
-long DataFile::getSize() const {
-  struct stat status {};
-  return stat(name.c_str(), &status) == 0 ? status.st_size : 0;
 }
 
 long DataFile::getNumberOfReservedTables() const {

@@ -15,6 +15,13 @@
 
 namespace xeltools {
 
+// Throws UserError when a data file is not there, is no regular file or may not be read. The library says so too, but at
+// length.
+void checkReadable(const std::string& file);
+
+// Bytes of a file.
+long getFileSize(const std::string& file);
+
 // How tables find their lines. Scanning takes the same little memory for a file of any size; as the parameters say is
 // what a program that is made with them gets.
 enum class Access { Scanning, AsParameters };
@@ -49,8 +56,7 @@ class DataFile {
   void setProgress(Progress* told) { progress = told; }
   Progress* getProgress() const { return progress; }
 
-  // Bytes of the file.
-  long getSize() const;
+  long getSize() const { return getFileSize(name); }
 
  private:
   std::string name;

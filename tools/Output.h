@@ -38,9 +38,11 @@ class Output {
   // Gives everything on but leaves a file under its temporary name, which is the answer.
   std::string hold();
 
+  // Gives on what was written so far, so that it stands in front of a message on standard error.
+  void flush();
+
  private:
   void startPager();
-  void flush();
   void fail(int error) const;
 
   int descriptor;

@@ -145,14 +145,17 @@ void Show::showTable(Session& session, Table& table) const {
     headings.push_back({makePrintable(table.getColumnName(position)), isKey ? Look::Underlined : Look::Strong});
   }
   AlignedTable layout(headings);
+  const std::size_t named = headings.size();
+  const long others = positions.empty() ? table.getFirstPosition() : positions.back() + 1;
+  layout.nameOthers([&](std::size_t index) { return table.getColumnName(others + static_cast<long>(index - named)); });
 
   std::vector<std::string> cells;
   const auto fillCells = [&](const Line& line) {
-    cells.assign(1, std::to_string(line.getNumber()));
+    cells.clear();
+    cells.push_back(std::to_string(line.getNumber()));
     for (const long position : positions) cells.push_back(makePrintable(line.getFieldOrNothing(position)));
     if (areSelected) return;
-    for (long beyond = positions.empty() ? table.getFirstPosition() : positions.back() + 1;
-         beyond < line.getNumberOfFields(); ++beyond) {
+    for (long beyond = others; beyond < line.getNumberOfFields(); ++beyond) {
       cells.push_back(makePrintable(line.getField(beyond)));
     }
   };

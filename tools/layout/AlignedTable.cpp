@@ -30,8 +30,9 @@ AlignedTable::AlignedTable(std::vector<Heading> given)
 
 void AlignedTable::observe(const std::vector<std::string>& cells) {
   while (headings.size() < cells.size()) {
-    headings.emplace_back();
+    headings.push_back({nameOfOther ? nameOfOther(headings.size()) : "", Look::Strong});
     layouts.emplace_back();
+    layouts.back().width = std::min(getWidth(headings.back().name), WidestUncut);
   }
   shown = headings.size();
   for (std::size_t column = 0; column < cells.size(); ++column) {
@@ -73,43 +74,33 @@ void AlignedTable::limitWidth(std::size_t columns) {
   }
 }
 
-void AlignedTable::writeHeadings(Output& output, const Painter& painter) const {
-  std::vector<std::string> names;
-  std::vector<std::string> rules;
-  std::vector<Look> looks;
-  for (std::size_t column = 0; column < headings.size(); ++column) {
-    names.push_back(headings[column].name);
-    looks.push_back(headings[column].look);
-    std::string rule;
-    for (std::size_t cell = 0; cell < layouts[column].width; ++cell) rule += Rule;
-    rules.push_back(rule);
-  }
-  writeRow(output, painter, names, looks);
-  writeRow(output, painter, rules, std::vector<Look>(headings.size(), Look::Faint));
-}
-
-void AlignedTable::write(Output& output, const Painter& painter, const std::vector<std::string>& cells) const {
-  std::vector<Look> looks;
-  for (const Heading& heading : headings) looks.push_back(heading.isFaint ? Look::Faint : Look::Plain);
-  writeRow(output, painter, cells, looks);
-}
-
 // Blanks behind the last text of a line are left out.
+template <class LookOf>
 void AlignedTable::writeRow(Output& output, const Painter& painter, const std::vector<std::string>& cells,
-                            const std::vector<Look>& looks) const {
+                            LookOf&& look) const {
   std::string row;
   std::size_t blanks = 0;  // not written yet
   for (std::size_t column = 0; column < shown; ++column) {
     const std::size_t width = layouts[column].width;
-    const std::string cell = column < cells.size() ? (isCut ? cutToWidth(cells[column], width) : cells[column]) : "";
-    const std::size_t used = getWidth(cell);
+    std::string_view cell = column < cells.size() ? std::string_view(cells[column]) : std::string_view();
+    std::size_t used = getWidth(cell);
+    std::string cut;
+    if (isCut && used > width) {
+      cut = cutToWidth(cell, width);
+      cell = cut;
+      used = getWidth(cell);
+    }
     const std::size_t padding = used < width ? width - used : 0;
     if (column > 0) blanks += Gap;
     if (isAlignedRight(column)) blanks += padding;
     if (!cell.empty()) {
       row.append(blanks, ' ');
       blanks = 0;
-      row += painter.paint(cell, looks[column]);
+      if (painter.isOn()) {
+        row += painter.paint(cell, look(column));
+      } else {
+        row += cell;
+      }
     }
     if (!isAlignedRight(column)) blanks += padding;
   }
@@ -118,6 +109,24 @@ void AlignedTable::writeRow(Output& output, const Painter& painter, const std::v
     row += painter.paint(Ellipsis, Look::Faint);
   }
   output.writeLine(row);
+}
+
+void AlignedTable::writeHeadings(Output& output, const Painter& painter) const {
+  std::vector<std::string> names;
+  std::vector<std::string> rules;
+  for (std::size_t column = 0; column < headings.size(); ++column) {
+    names.push_back(headings[column].name);
+    std::string rule;
+    for (std::size_t cell = 0; cell < layouts[column].width; ++cell) rule += Rule;
+    rules.push_back(rule);
+  }
+  writeRow(output, painter, names, [&](std::size_t column) { return headings[column].look; });
+  writeRow(output, painter, rules, [](std::size_t) { return Look::Faint; });
+}
+
+void AlignedTable::write(Output& output, const Painter& painter, const std::vector<std::string>& cells) const {
+  writeRow(output, painter, cells,
+           [&](std::size_t column) { return headings[column].isFaint ? Look::Faint : Look::Plain; });
 }
 
 }  // namespace xeltools

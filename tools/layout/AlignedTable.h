@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +25,10 @@ class AlignedTable {
 
   explicit AlignedTable(std::vector<Heading> headings);
 
-  // A line of the first pass. Cells beyond the headings make more columns, without names.
+  // What columns beyond the headings are called, by their index; nothing unless it is said.
+  void nameOthers(std::function<std::string(std::size_t)> name) { nameOfOther = std::move(name); }
+
+  // A line of the first pass. Cells beyond the headings make more columns.
   void observe(const std::vector<std::string>& cells);
 
   // The width of a terminal: columns become narrower, and what does not fit at all is left out. Without it a cell that
@@ -41,13 +45,15 @@ class AlignedTable {
     bool hasCells = false;  // that are not empty
   };
 
-  void writeRow(Output& output, const Painter& painter, const std::vector<std::string>& cells,
-                const std::vector<Look>& looks) const;
+  // look answers how the cell of a column looks.
+  template <class LookOf>
+  void writeRow(Output& output, const Painter& painter, const std::vector<std::string>& cells, LookOf&& look) const;
   bool isAlignedRight(std::size_t column) const;
   std::size_t getTotalWidth() const;
 
   std::vector<Heading> headings;
   std::vector<Layout> layouts;
+  std::function<std::string(std::size_t)> nameOfOther;
   std::size_t shown;   // columns, from the left
   bool isCut = false;  // to the terminal's width
 };

@@ -64,6 +64,7 @@ std::string escapeInLiteral(char byte, char quote) {
 }  // namespace
 
 std::string makePrintable(std::string_view text) {
+  if (isPlainAscii(text)) return std::string(text);
   std::string printable;
   printable.reserve(text.size());
   for (std::size_t position = 0; position < text.size();) {

@@ -57,7 +57,14 @@ void appendCharacter(std::string& text, char32_t code) {
   }
 }
 
+bool isPlainAscii(std::string_view text) {
+  bool isPlain = true;
+  for (const char byte : text) isPlain = isPlain && byte >= ' ' && byte <= '~';
+  return isPlain;
+}
+
 bool isUtf8(std::string_view text) {
+  if (isPlainAscii(text)) return true;
   for (std::size_t position = 0; position < text.size();) {
     const Character character = readCharacter(text, position);
     if (!character.isValid) return false;

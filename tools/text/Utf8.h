@@ -21,6 +21,10 @@ Character readCharacter(std::string_view text, std::size_t position);
 // Appends the character as UTF-8.
 void appendCharacter(std::string& text, char32_t code);
 
+// Whether all of the text is of ASCII's characters that are seen, blanks included. Most texts are, and are looked at no
+// further then.
+bool isPlainAscii(std::string_view text);
+
 // Whether all of the text is valid UTF-8.
 bool isUtf8(std::string_view text);
 

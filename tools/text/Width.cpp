@@ -29,6 +29,7 @@ int getWidth(char32_t code) {
 }
 
 std::size_t getWidth(std::string_view text) {
+  if (isPlainAscii(text)) return text.size();
   std::size_t width = 0;
   for (std::size_t position = 0; position < text.size();) {
     const Character character = readCharacter(text, position);
