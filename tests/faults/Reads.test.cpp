@@ -426,6 +426,24 @@ TEST(ReadFailures, OfACachedLookupGiveAnEmptyLineOfTheRightNumber) {
   reader.end();
 }
 
+// A line that does not end within the first read of a lookup is cut by a failure of the second.
+TEST(ReadFailures, InALongLineOfACachedLookupGiveAnEmptyLine) {
+  TestEnv env;
+  const std::string text(2000, 'x');
+  const DataFile file("|KEYS,1,0\nshort,1\nlong," + text + "\n");
+  FileFaults faults(file.getName());
+  XelCsvReader reader(env, file.getName());
+  for (const std::size_t bytes : {0U, 100U}) {
+    SCOPED_TRACE(bytes);
+    faults.reset();
+    faults.failRead(1, EIO, bytes);
+    EXPECT_EQ(describe(reader.getLineByKey(1, "long")), ";@2");
+    EXPECT_EQ(faults.getReads(), 2);
+    EXPECT_EQ(describe(reader.getLineByKey(1, "long")), "long;" + text + ";@2");
+  }
+  reader.end();
+}
+
 TEST(ReadFailures, ADirectoryIsToldAsSuch) {
   const DataDirectory directory;
   for (const bool isMultiTable : {false, true}) {
