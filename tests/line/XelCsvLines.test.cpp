@@ -87,11 +87,11 @@ struct Opening {
 // Nothing expected, the size itself, less and more.
 std::vector<Opening> getOpenings(const std::string& content) {
   const long size = static_cast<long>(content.size());
-  std::vector<Opening> openings;
-  for (const XelCsvReach reach : BothReaches) {
-    for (const long expected : {0L, size, size / 2 + 1, size + 5000}) openings.push_back({reach, expected});
-  }
-  return openings;
+  return {{XelCsvReach::OneLine, 0},
+          {XelCsvReach::ManyLines, 0},
+          {XelCsvReach::ManyLines, size},
+          {XelCsvReach::ManyLines, size / 2 + 1},
+          {XelCsvReach::OneLine, size + 5000}};
 }
 
 // Reads the file to its end and beyond.
