@@ -110,8 +110,9 @@ bool readShortFloat(const char* text, double& value) noexcept {
     exponent += shift;
   }
   if (mantissa > LargestExact) {
-    const bool isInReach = exponent >= -XelMostPowersOfTen && exponent <= XelMostPowersOfTen;
-    return isInReach && XelRound(mantissa, isNegative, exponent, value);
+    if (exponent < -XelMostPowersOfTen || exponent > XelMostPowersOfTen) return false;
+    if constexpr (XelCanRound) value = XelRound(mantissa, isNegative, exponent);
+    return XelCanRound;
   }
   if (exponent < -LargestPower || exponent > LargestPower) return false;
   const double whole = toDouble(mantissa, isNegative);

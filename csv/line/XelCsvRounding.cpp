@@ -77,16 +77,9 @@ double divide(std::uint64_t mantissa, bool isNegative, std::uint64_t power) noex
 
 }  // namespace
 
-bool XelRound(std::uint64_t mantissa, bool isNegative, long exponent, double& value) noexcept {
-  value =
-      exponent < 0 ? divide(mantissa, isNegative, Powers[-exponent]) : multiply(mantissa, isNegative, Powers[exponent]);
-  return true;
-}
-
-#else
-
-bool XelRound(std::uint64_t /*mantissa*/, bool /*isNegative*/, long /*exponent*/, double& /*value*/) noexcept {
-  return false;
+double XelRound(std::uint64_t mantissa, bool isNegative, long exponent) noexcept {
+  return exponent < 0 ? divide(mantissa, isNegative, Powers[-exponent])
+                      : multiply(mantissa, isNegative, Powers[exponent]);
 }
 
 #endif

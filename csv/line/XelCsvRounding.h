@@ -3,9 +3,16 @@
 
 #include <cstdint>
 
+// Whether this compiler has integers of 128 bits; there is no XelRound() where it has none.
+#if defined(__SIZEOF_INT128__) && (defined(__GNUC__) || defined(__clang__))
+constexpr bool XelCanRound = true;
+#else
+constexpr bool XelCanRound = false;
+#endif
+
 // Powers of ten that XelRound() knows.
 constexpr long XelMostPowersOfTen = 19;
 
-// Where mantissa * 10^exponent can be rounded with integers of 128 bits: true, and the double that strtod gives in whatever
-// direction the process rounds. mantissa > 0, exponent from -XelMostPowersOfTen to XelMostPowersOfTen.
-bool XelRound(std::uint64_t mantissa, bool isNegative, long exponent, double& value) noexcept;
+// The double that strtod gives for mantissa * 10^exponent, in whatever direction the process rounds. mantissa > 0, exponent
+// from -XelMostPowersOfTen to XelMostPowersOfTen.
+double XelRound(std::uint64_t mantissa, bool isNegative, long exponent) noexcept;

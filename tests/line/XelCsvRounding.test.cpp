@@ -44,10 +44,9 @@ void expectWhatStrtodGives(std::uint64_t mantissa, bool isNegative, long exponen
   const std::string sign = isNegative ? "-" : "";
   const std::string text = sign + std::to_string(mantissa) + "e" + std::to_string(exponent);
   const double expected = std::strtod(text.c_str(), nullptr);
-  double value = 0.0;
-  const bool isKnown = std::labs(exponent) <= XelMostPowersOfTen;
-  if (isKnown && XelRound(mantissa, isNegative, exponent, value)) {
-    ASSERT_TRUE(hasSameBits(value, expected)) << text;
+  if constexpr (XelCanRound) {
+    const bool isKnown = std::labs(exponent) <= XelMostPowersOfTen;
+    ASSERT_TRUE(!isKnown || hasSameBits(XelRound(mantissa, isNegative, exponent), expected)) << text;
   }
   ASSERT_TRUE(hasSameBits(XelParseFloat(text.c_str()), expected)) << text;
   const std::string plain = sign + writeWithPoint(mantissa, exponent);
