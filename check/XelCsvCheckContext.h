@@ -20,6 +20,9 @@ struct XelCsvCheckContext {
   long getFirstColumn() const noexcept { return parameters.isMultiTable ? 1 : 0; }
   long getMarkerFields() const noexcept { return parameters.isMultiTable ? 0 : 1; }
 
+  // Whether the lines of a table may be spread; a one-table file has none to spread.
+  bool isSplit() const noexcept { return parameters.isMultiTable && parameters.allowTableSplitting; }
+
   XelEnv env;
   const std::string& fileName;
   const XelCsvCheckParameters& parameters;

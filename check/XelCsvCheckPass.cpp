@@ -86,7 +86,7 @@ void XelCsvCheckPass::checkTableLine() {
   const XelCsvHeadingChecks::Kind kind = headings.check(*table, line, fields);
   using Kind = XelCsvHeadingChecks::Kind;
   if (kind == Kind::Heading) tableOfHeading = table;
-  if (kind == Kind::Heading || kind == Kind::Skipped) return;
+  if (kind == Kind::Heading || kind == Kind::Skipped || !isOwn(*table)) return;
   if (kind == Kind::LostHeading || isMeantForComment) {
     contents.checkUnintended(*table, line, fields);
   } else if (contents.check(*table, line, fields)) {
@@ -95,6 +95,13 @@ void XelCsvCheckPass::checkTableLine() {
   }
   keys.check(*table, line, fields);
   ++table->dataLines;
+}
+
+// With table splitting a table reads the lines whose formatted first field is its name, which a name with quotes never is.
+bool XelCsvCheckPass::isOwn(const XelCsvCheckedTable& table) const {
+  if (!context.isSplit()) return true;
+  const XelCsvSpan first = fields.getTrimmed(0);
+  return table.name.compare(0, std::string::npos, first.begin, static_cast<std::size_t>(first.getLength())) == 0;
 }
 
 bool XelCsvCheckPass::hasBlankBeforeComment() const {
@@ -119,7 +126,7 @@ void XelCsvCheckPass::reportCommentWithBlank() {
 void XelCsvCheckPass::finish() {
   // A heading or key line that ends the file without a line feed is its table's line of data too; with table splitting it
   // does not begin with the table's name alone and is none.
-  const bool isData = tableOfHeading != nullptr && !line.hasLineFeed() && !context.parameters.allowTableSplitting;
+  const bool isData = tableOfHeading != nullptr && !line.hasLineFeed() && !context.isSplit();
   bytes.end(line, isData);
   if (isData) {
     headings.finish(*tableOfHeading);

@@ -26,6 +26,7 @@ class XelCsvCheckPass {
   bool readLine();
   void checkLine();
   void checkTableLine();
+  bool isOwn(const XelCsvCheckedTable& table) const;
   bool hasBlankBeforeComment() const;
   void reportCommentWithBlank();
   void finish();

@@ -74,7 +74,8 @@ void XelCsvContentChecks::checkDirectives(const XelCsvCheckedTable& table, const
 }
 
 void XelCsvContentChecks::finish(const XelCsvCheckedTable& table) {
-  if (table.dataLines > 0 || !context.findings.takes(XelCsvCode::EmptyTable, table.name)) return;
+  const bool isTold = table.hasQuotedName && context.isSplit();
+  if (table.dataLines > 0 || isTold || !context.findings.takes(XelCsvCode::EmptyTable, table.name)) return;
   context.findings.report(XelCsvCode::EmptyTable, table.start,
                           context.parameters.isMultiTable
                               ? "table " + XelQuoted(table.name) + " has no line of data: getNumberOfItems() answers 0"

@@ -43,7 +43,7 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, 
   }
   if (isMarked(first)) offerToOthers(table, line);
   if (!table.isInZone) {
-    if (context.parameters.allowTableSplitting) return checkSkipped(table, line, isMarkedInAnyCase(first));
+    if (context.isSplit()) return checkSkipped(table, line, isMarkedInAnyCase(first));
     return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
   }
   if (holds(first, "NAMES")) addHeadingLine(table, line, fields);
@@ -56,7 +56,7 @@ void XelCsvHeadingChecks::start(XelCsvCheckedTable& table, long columns) {
   table.isStarted = true;
   table.zone = zones;
   table.columns = columns;
-  if (context.parameters.allowTableSplitting) open.push_back(&table);
+  if (context.isSplit()) open.push_back(&table);
 }
 
 void XelCsvHeadingChecks::endZones() noexcept {
@@ -91,11 +91,24 @@ void XelCsvHeadingChecks::takeForeign(XelCsvCheckedTable& table) {
 void XelCsvHeadingChecks::passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
                                         XelCsvFields& fields) {
   fields.format(line.text);
+  if (holds(textOf(fields.getField(0)), "|")) {
+    if (isMarked(textOf(fields.getField(0)))) reportCommentAsHeading(table, line);
+    check(table, line, fields);
+    return;
+  }
   start(table, fields.getCount());
   endZones();
   table.hasLostZone = true;
   firstLine = line.getMark();
   isFirstLinePending = true;
+}
+
+void XelCsvHeadingChecks::reportCommentAsHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line) {
+  if (!context.findings.takes(XelCsvCode::CommentBeforeHeadings, table.name)) return;
+  context.findings.report(
+      XelCsvCode::CommentBeforeHeadings, XelPlaceOf(line, line.getContent()),
+      "the first line is taken as it stands: this comment, with a bar and NAMES or KEYS in its first "
+      "field, reads silently as a heading or key line");
 }
 
 // The line behind the first one tells how bad the first one is.

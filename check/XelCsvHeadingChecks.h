@@ -40,6 +40,7 @@ class XelCsvHeadingChecks {
   void closeZone(XelCsvCheckedTable& table);
   Kind checkLostHeading(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   Kind checkSkipped(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line, bool isMarked);
+  void reportCommentAsHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line);
   void checkFirstLine(const XelCsvCheckedTable& table, bool isHeading);
   void addHeadingLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
   void setHeadings(XelCsvCheckedTable& table, const XelCsvFields& fields);

@@ -31,7 +31,7 @@ XelCsvCheckedTable* XelCsvTableChecks::find(const XelCsvCheckedLine& line) {
       name = XelTrimmed(name.begin, static_cast<const char*>(bar));
       if (name.getLength() == 0) {
         // Without table splitting the directory takes no such table for its first.
-        const bool isTable = context.parameters.allowTableSplitting || !names.empty();
+        const bool isTable = context.isSplit() || !names.empty();
         reportBlankName(line, field, isTable);
         if (!isTable) return nullptr;
       }
@@ -54,7 +54,7 @@ XelCsvCheckedTable* XelCsvTableChecks::begin(std::string name, const XelCsvCheck
 
 XelCsvCheckedTable* XelCsvTableChecks::comeBack(const std::string& name, Name& known, const XelCsvCheckedLine& line,
                                                 const XelCsvSpan& place) {
-  const bool isSplit = context.parameters.allowTableSplitting;
+  const bool isSplit = context.isSplit();
   const XelCsvCode code = isSplit ? XelCsvCode::SplitTable : XelCsvCode::DuplicateTable;
   // Where heading lines of other tables stand between, that is told of them.
   const bool isForeign = isSplit && !tables[static_cast<std::size_t>(known.index)]->foreign.empty();
@@ -75,7 +75,7 @@ XelCsvCheckedTable* XelCsvTableChecks::comeBack(const std::string& name, Name& k
 }
 
 XelCsvCheckedTable* XelCsvTableChecks::add(std::string name, const XelCsvCheckedLine& line, const XelCsvSpan& place) {
-  if (!context.parameters.allowTableSplitting && !tables.empty()) {
+  if (!context.isSplit() && !tables.empty()) {
     complete = std::move(tables.back());
     tables.pop_back();
   }
@@ -94,7 +94,7 @@ void XelCsvTableChecks::reportBlankName(const XelCsvCheckedLine& line, const Xel
   const char* effect = "it belongs to no table and is not read";
   if (isTable) {
     effect = "it belongs to a table whose name is empty";
-  } else if (!context.parameters.allowTableSplitting) {
+  } else if (!context.isSplit()) {
     effect = "it belongs to no table and is not read, or, between two lines of a table, reads silently as a line of it";
   }
   context.findings.report(XelCsvCode::BlankName, XelPlaceOf(line, field),
@@ -120,7 +120,7 @@ void XelCsvTableChecks::reportQuotedName(const XelCsvCheckedLine& line, const Xe
   bare.erase(std::remove(bare.begin(), bare.end(), context.parameters.quote), bare.end());
   std::string message =
       "quotes belong to the name of a table: getTableByName(" + XelQuoted(bare) + ") throws XelTableNotFoundException";
-  if (context.parameters.allowTableSplitting) message += ", and the table with the quotes in its name has no lines";
+  if (context.isSplit()) message += ", and the table with the quotes in its name has no lines";
   context.findings.report(XelCsvCode::QuotedName, XelPlaceOf(line, name), message);
 }
 

@@ -33,6 +33,15 @@ TEST(CommentBeforeHeadings, IsAnEmptyFirstLineToo) {
   EXPECT_EQ(file.read().getNumberOfItems(), 2);
 }
 
+TEST(CommentBeforeHeadings, IsAHeadingLineWhereItLooksLikeOne) {
+  CheckedFile file("#|NAMES,a\n1\n", oneTable());
+  EXPECT_EQ(
+      file.show(),
+      "1:1 error comment-before-headings: the first line is taken as it stands: this comment, with a bar and NAMES "
+      "or KEYS in its first field, reads silently as a heading or key line\n");
+  EXPECT_EQ(file.read().getPosition("a"), 0);
+}
+
 TEST(CommentBeforeHeadings, DoesNotMatterInAFileOfSeveralTables) {
   EXPECT_EQ(CheckedFile("# items\nStock|NAMES,a\nStock,1\n", manyTables()).show(), "");
 }

@@ -175,6 +175,18 @@ TEST(Check, RefusesWhatTheReaderRefuses) {
   EXPECT_XEL_THROW(XelCsvCheck(env, file.getName()), XelCsvReader::XelFileNotFoundException, textOfMissing(file));
 }
 
+TEST(Check, LooksForNoSplitTablesInAOneTableFile) {
+  XelCsvCheckParameters parameters = oneTable();
+  parameters.allowTableSplitting = true;
+  CheckedFile file("1\n|NAMES,a\n", parameters);
+  ASSERT_EQ(file.getFindings().size(), 1U);
+  EXPECT_EQ(
+      file.getFindings()[0].message,
+      "heading and key lines count only in front of all other lines of a table: this one reads silently as a line "
+      "of data");
+  EXPECT_EQ(file.read().getNumberOfItems(), 2);
+}
+
 TEST(Check, CountsTablesWithDifferentNames) {
   const Checked many = check("XELO_CSV_FORMAT,1\nA,1\nB,1\nA,2\n", {}, manyTables());
   EXPECT_EQ(many.result.tables, 3);
