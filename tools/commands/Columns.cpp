@@ -2,6 +2,7 @@
 #include "tools/Command.h"
 #include "tools/DataFile.h"
 #include "tools/Errors.h"
+#include "tools/Remark.h"
 #include "tools/Survey.h"
 #include "tools/layout/AlignedTable.h"
 #include "tools/text/Escape.h"
@@ -54,6 +55,7 @@ class Headers : public TableQuestion {
 
   int run(Session& session) override {
     DataFile file(fileName, session.openSettings(fileName).getParameters());
+    remarkOnTables(session, file);
     const bool isNamed = file.isMultiTable() && !tableName;
     Rows rows;
     for (const std::string& name : file.selectTables(tableName)) addRows(file, name, isNamed, rows);
@@ -93,6 +95,7 @@ class Keys : public TableQuestion {
 
   int run(Session& session) override {
     DataFile file(fileName, session.openSettings(fileName).getParameters());
+    remarkOnTables(session, file);
     const bool isNamed = file.isMultiTable() && !tableName;
     Rows rows;
     for (const std::string& name : file.selectTables(tableName)) {
@@ -122,6 +125,7 @@ class Count : public TableQuestion {
 
   int run(Session& session) override {
     DataFile file(fileName, session.openSettings(fileName).getParameters());
+    remarkOnTables(session, file);
     if (tableName || !file.isMultiTable()) {
       Table table(file, file.selectTable(tableName));
       session.getOutput().writeLine(std::to_string(table.countLines()));

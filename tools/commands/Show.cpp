@@ -5,6 +5,7 @@
 #include "tools/Command.h"
 #include "tools/DataFile.h"
 #include "tools/Errors.h"
+#include "tools/Remark.h"
 #include "tools/layout/AlignedTable.h"
 #include "tools/text/Escape.h"
 #include "tools/text/Words.h"
@@ -71,6 +72,7 @@ class Show : public Command {
     const int limits = (head ? 1 : 0) + (tail ? 1 : 0) + (lines ? 1 : 0);
     if (limits > 1) throw UsageError("--head, --tail and --lines exclude one another");
     DataFile file(fileName, session.openSettings(fileName).getParameters());
+    remarkOnTables(session, file);
     const std::vector<std::string> names = file.selectTables(tableName);
     for (const std::string& name : names) {
       if (name != names.front()) session.getOutput().writeLine("");

@@ -1,6 +1,7 @@
 // xelcsv tables: what tables a file has.
 #include "tools/Command.h"
 #include "tools/Errors.h"
+#include "tools/Remark.h"
 #include "tools/Survey.h"
 #include "tools/convert/Directives.h"
 #include "tools/layout/AlignedTable.h"
@@ -35,6 +36,7 @@ class Tables : public Command {
 
   int run(Session& session) override {
     DataFile file(fileName, session.openSettings(fileName).getParameters());
+    remarkOnTables(session, file);
     const std::vector<TableFacts> tables = surveyTables(file);
     const Directives directives = readDirectives(file);
     if (format == "json") {

@@ -6,6 +6,7 @@
 #include "tools/text/Escape.h"
 #include "tools/text/Width.h"
 #include "tools/text/Words.h"
+#include "tools/text/Wrap.h"
 
 namespace xeltools {
 
@@ -52,9 +53,13 @@ class TextReport : public Report {
     std::string place = makePrintable(finding.file) + ":";
     if (finding.line > 0) place += std::to_string(finding.line) + ":" + std::to_string(finding.column) + ":";
     const std::string severity = XelGetSeverityName(finding.severity);
+    const std::size_t used = getWidth(place) + severity.size() + 3;
+    std::string text = makePrintable(finding.message) + " [" + finding.code + "]";
+    if (excerptWidth > 0) text = wrap(text, excerptWidth, 4, used);
+    const std::size_t code = text.rfind('[');
     output.writeLine(painter.paint(place, Look::Strong) + " " +
-                     painter.paint(severity + ":", getLook(finding.severity)) + " " + makePrintable(finding.message) +
-                     " " + painter.paint("[" + std::string(finding.code) + "]", Look::Faint));
+                     painter.paint(severity + ":", getLook(finding.severity)) + " " + text.substr(0, code) +
+                     painter.paint(text.substr(code), Look::Faint));
     if (excerptWidth > 0 && finding.line > 0 && !finding.excerpt.empty()) writeExcerpt(finding);
   }
 
