@@ -23,10 +23,11 @@ XelCsvPlace XelPlaceOf(const XelCsvCheckedLine& line, const XelCsvSpan& bytes) {
   const XelCsvSpan content = line.getContent();
   const char* begin = content.begin;
   if (content.getLength() > ExcerptLength) {
-    begin = std::min(std::max(begin, bytes.begin - ExcerptBefore), content.end - ExcerptLength);
+    const long wanted = std::max(bytes.begin - content.begin - ExcerptBefore, 0L);
+    begin += std::min(wanted, content.getLength() - ExcerptLength);
     for (int byte = 0; byte < 3 && isContinuation(*begin); ++byte) ++begin;
   }
-  const char* const end = std::min(content.end, begin + ExcerptLength);
+  const char* const end = begin + std::min(content.end - begin, ExcerptLength);
   XelCsvPlace place;
   place.lineNumber = line.number;
   place.line = line.line;

@@ -111,11 +111,17 @@ void XelCsvColumnChecks::tellSuspects(const XelCsvCheckedTable& table, std::vect
   suspects.clear();
 }
 
+// The field of a line that was read again, empty when the file has changed and there is none.
+XelCsvSpan XelCsvColumnChecks::formatAgain(const XelCsvCheckedLine& line, long position) {
+  formerFields.format(line.text);
+  return position < formerFields.getCount() ? formerFields.getTrimmed(position)
+                                            : XelCsvSpan{line.text.end, line.text.end};
+}
+
 void XelCsvColumnChecks::tell(const XelCsvCheckedTable& table, const XelCsvColumn::Suspect& suspect, long position) {
   if (!context.findings.takes(suspect.code, table.name)) return;
   const XelCsvCheckedLine line = again.read(suspect.line);
-  formerFields.format(line.text);
-  const XelCsvSpan value = formerFields.getTrimmed(position);
+  const XelCsvSpan value = formatAgain(line, position);
   std::string message = XelQuoted(value) + " in " + table.describeColumn(position);
   if (suspect.code == XelCsvCode::IntOverflow) {
     message += " does not fit in 32 bits: getIntByPosition(" + std::to_string(position) +
@@ -146,12 +152,11 @@ void XelCsvColumnChecks::finishColumn(const XelCsvCheckedTable& table, XelCsvCol
 void XelCsvColumnChecks::reportMismatch(const XelCsvCheckedTable& table, const XelCsvColumn& column, long position) {
   if (!context.findings.takes(XelCsvCode::DecimalMismatch, table.name)) return;
   const XelCsvCheckedLine line = again.read(column.firstMismatch);
-  formerFields.format(line.text);
   const XelCsvSpan place = XelRawField(line.text, context.format, position);
   const char decimal = context.parameters.decimal;
   std::string message = XelQuoted(place) + " in " + table.describeColumn(position) + " is written with '" +
                         (decimal == '.' ? ',' : '.') + "' where the decimal character is '" + decimal +
-                        "', and reads silently as " + XelShowNumber(formerFields.getTrimmed(position));
+                        "', and reads silently as " + XelShowNumber(formatAgain(line, position));
   if (column.mismatches > 1) message += "; " + XelCounted(column.mismatches, "field") + " of the column in all";
   context.findings.report(XelCsvCode::DecimalMismatch, XelPlaceOf(line, place), std::move(message));
 }

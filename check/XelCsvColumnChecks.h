@@ -27,6 +27,7 @@ class XelCsvColumnChecks {
                XelCsvCode code);
   void addLarge(XelCsvCheckedTable& table, XelCsvColumn& column, long position, const XelCsvLineMark& line);
   void tellSuspects(const XelCsvCheckedTable& table, std::vector<XelCsvColumn::Suspect>& suspects, long position);
+  XelCsvSpan formatAgain(const XelCsvCheckedLine& line, long position);
   void tell(const XelCsvCheckedTable& table, const XelCsvColumn::Suspect& suspect, long position);
   void finishColumn(const XelCsvCheckedTable& table, XelCsvColumn& column, long position);
   void reportMismatch(const XelCsvCheckedTable& table, const XelCsvColumn& column, long position);

@@ -27,7 +27,8 @@ struct XelCsvCheckParameters {
   char comment = '#';
 };
 
-// One finding. Its place is a stretch of bytes of the file, or the whole file.
+// One finding. Its place is a stretch of bytes of the file, or the whole file. Under the excerpt a caret belongs under byte
+// offset - excerptOffset, which may be just behind it.
 struct XelCsvFinding {
   const char* code = "";                           // of the catalogue, such as "ragged"; lives for ever
   XelCsvSeverity severity = XelCsvSeverity::Note;  // what the catalogue says, or less where it does less harm
@@ -40,7 +41,7 @@ struct XelCsvFinding {
   long length = 0;       // bytes that it is about; 0: a place between bytes, or the whole file
   std::string message;   // what is there and what the library does with it, one sentence or two in one line of text
   std::string excerpt;   // bytes of the file around the place, of one line and without its end; may hold any bytes
-  long excerptOffset = 0;  // byte in the file of the excerpt's first: a caret belongs under offset - excerptOffset
+  long excerptOffset = 0;  // byte in the file of the excerpt's first
 };
 
 // Which findings are wanted.
@@ -68,7 +69,7 @@ struct XelCsvCheckResult {
   long bytes = 0;       // bytes that were read
   long lines = 0;       // lines as the library counts them
   long tables = 0;      // tables with different names, reserved ones included; 1 for a one-table file
-  std::vector<XelCsvOmitted> omitted;
+  std::vector<XelCsvOmitted> omitted;  // in the order in which tables had their first finding
 };
 
 // Takes a finding; false ends the check. The finding lives for the call.
@@ -78,8 +79,8 @@ using XelCsvReport = std::function<bool(const XelCsvFinding&)>;
 using XelCsvProgress = std::function<bool(long bytes)>;
 
 // A check of one file: one pass, in memory that does not grow with the file but for the names of its tables and, unless
-// "duplicate-key" is skipped, 24 to 48 bytes for each line of the tables that are not complete yet. In a file with table
-// splitting no table is complete before its end, and each keeps some bytes per column.
+// "duplicate-key" is skipped, some 20 to 45 bytes for each line of the tables that are not complete yet. In a file with
+// table splitting no table is complete before the file's end, and each keeps some bytes per column.
 //
 //   XelEnv env;
 //   XelCsvCheck check(env, "data.csv");

@@ -187,6 +187,22 @@ TEST(Check, LooksForNoSplitTablesInAOneTableFile) {
   EXPECT_EQ(file.read().getNumberOfItems(), 2);
 }
 
+TEST(Check, SurvivesAFileThatChangesMeanwhile) {
+  const std::string text =
+      "|NAMES,a,b\n|KEYS,1,0\n1,x\x01\n1,2\n3,9\n4,1\n5,3000000000\n6,\"3,5\"\n7,1\n8,1\n9,1\n7,2\n7,5\n7,5\n";
+  for (const char* changed : {"", "a", "|NAMES,c\n1\n2\n3\n4\n5\n6\n7\n8\n9\n"}) {
+    TestEnv env;
+    DataFile file(text);
+    long findings = 0;
+    XelCsvCheck(env, file.getName()).run([&](const XelCsvFinding&) {
+      if (findings == 0) file.write(changed);
+      ++findings;
+      return true;
+    });
+    EXPECT_GT(findings, 2);
+  }
+}
+
 TEST(Check, CountsTablesWithDifferentNames) {
   const Checked many = check("XELO_CSV_FORMAT,1\nA,1\nB,1\nA,2\n", {}, manyTables());
   EXPECT_EQ(many.result.tables, 3);
