@@ -3,6 +3,7 @@
 
 #include "tools/Errors.h"
 #include "tools/text/Escape.h"
+#include "tools/text/Json.h"
 #include "tools/text/Number.h"
 #include "tools/text/Utf8.h"
 #include "tools/text/Width.h"
@@ -99,6 +100,15 @@ TEST(Escape, WritesOutWhatATerminalWouldObeyOrHide) {
       {"caf\xC3\xA9", "caf\xC3\xA9"},
   };
   for (const Case& it : cases) EXPECT_EQ(makePrintable(it.text), it.printable);
+}
+
+TEST(Json, WritesOutWhatATerminalWouldObey) {
+  EXPECT_EQ(toJson("plain"), R"("plain")");
+  EXPECT_EQ(toJson("a\"b\\c\n"), R"("a\"b\\c\n")");
+  EXPECT_EQ(toJson("\x1b\x7f"), R"("\u001b\u007f")");
+  EXPECT_EQ(toJson("\xC2\x9B\xE2\x80\xAE"), R"("\u009b\u202e")");
+  EXPECT_EQ(toJson("caf\xC3\xA9 \xE9"), "\"caf\xC3\xA9 \xEF\xBF\xBD\"");
+  EXPECT_EQ(toJson(std::vector<std::string>{"a", "b"}), R"(["a", "b"])");
 }
 
 TEST(Escape, MakesLiteralsOfCpp) {

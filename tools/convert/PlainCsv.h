@@ -30,7 +30,7 @@ class PlainCsvReader {
 
  private:
   struct Closer {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
+    void operator()(std::FILE* opened) const { std::fclose(opened); }
   };
 
   int next();

@@ -63,6 +63,8 @@ std::string escapeInLiteral(char byte, char quote) {
 
 }  // namespace
 
+bool isUnfitForTerminal(char32_t code) { return isControl(code) || isHidden(code); }
+
 std::string makePrintable(std::string_view text) {
   if (isPlainAscii(text)) return std::string(text);
   std::string printable;

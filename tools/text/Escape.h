@@ -6,6 +6,9 @@
 
 namespace xeltools {
 
+// Whether a terminal would obey the character, or it would hide what stands there.
+bool isUnfitForTerminal(char32_t code);
+
 // The text with everything that a terminal would obey, or that would hide what stands there, written out: control
 // characters as \t, \r, \n or \x1b, those above U+007F and the marks that turn the direction of writing as \u{202e},
 // bytes that are no UTF-8 as \xe9. Anything else, a backslash too, stays as it is.

@@ -2,10 +2,31 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/text/Escape.h"
 #include "tools/text/Utf8.h"
 #include "tools/text/Words.h"
 
 namespace xeltools {
+
+namespace {
+
+// Writes out what JSON allows and a terminal would obey; all such characters are below U+10000.
+std::string escapeRest(const std::string& json) {
+  std::string escaped;
+  for (std::size_t position = 0; position < json.size();) {
+    const Character character = readCharacter(json, position);
+    if (isUnfitForTerminal(character.code)) {
+      escaped += "\\u";
+      for (const unsigned shift : {12U, 8U, 4U, 0U}) escaped += "0123456789abcdef"[(character.code >> shift) & 15U];
+    } else {
+      escaped += json.substr(position, character.bytes);
+    }
+    position += character.bytes;
+  }
+  return escaped;
+}
+
+}  // namespace
 
 std::string toJson(std::string_view text) {
   const bool isPlain = isPlainAscii(text) && text.find_first_of("\"\\") == std::string_view::npos;
@@ -14,7 +35,7 @@ std::string toJson(std::string_view text) {
     quoted.reserve(text.size() + 2);
     return quoted.append(1, '"').append(text).append(1, '"');
   }
-  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  return escapeRest(nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 std::string toJson(const std::vector<std::string>& texts) {
