@@ -8,13 +8,12 @@
 
 namespace {
 
-// The key of a line as the library composes it; in a line that lacks a field of it there is none, and the answer is false.
+// The key of a line as the library composes it; in a line that lacks a field of it, or has fewer fields than the key, there
+// is none, and the answer is false.
 bool compose(const XelCsvCheckedTable& table, const XelCsvFields& fields, XelCsvKey& key) {
+  if (fields.getCount() < table.fieldsForKey) return false;
   key.clear();
-  for (const long position : table.keyPositions) {
-    if (position >= fields.getCount()) return false;
-    key.add(fields.getTrimmed(position));
-  }
+  for (const long position : table.keyPositions) key.add(fields.getTrimmed(position));
   return true;
 }
 

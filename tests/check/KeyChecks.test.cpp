@@ -49,6 +49,15 @@ TEST(DuplicateKey, WithoutKeyLineAllColumnsAreTheKey) {
       "3:1 error duplicate-key: line 1 has the same key, \"a-1\" (without a key line it is made of 2 columns): a cached reader silently reads that line again in place of this one and ends the table here; one that is not finds that line by the key\n");
 }
 
+// Its key would be made of the first field twice; the library asks first whether there are as many fields as keys.
+TEST(DuplicateKey, IsNotSaidOfALineThatHasFewerFieldsThanTheKey) {
+  CheckedFile file("|NAMES KEYS,1,0,0\n|KEYS,1,0\n1,a\n1\n", oneTable(), only({"duplicate-key"}));
+  EXPECT_EQ(file.show(), "");
+  EXPECT_XEL_THROW(file.read(), XelCsvReader::XelCsvReaderException,
+                   "XelCsvReader::XelCsvReaderException : corrupted file the number of keys (2) exceeds the number of "
+                   "fields of the current line (1), line number 3");
+}
+
 TEST(DuplicateKey, IsToldOfEachLine) {
   CheckedFile file("a\nb\na\na\n", oneTable());
   ASSERT_EQ(file.getFindings().size(), 2U);
