@@ -72,6 +72,11 @@ TableShape readShape(DataFile& file, Table& table, bool asText) {
   }
   if (!table.hasKeyLine()) return shape;
   for (const long key : table.getKeys()) {
+    if (key < first) continue;  // the table's name, which is the same in every line
+    if (key - first >= static_cast<long>(shape.columns.size())) {
+      shape.keys.clear();  // no line has the field, so the other columns alone are no key
+      return shape;
+    }
     const std::string& name = shape.columns[static_cast<std::size_t>(key - first)].name;
     if (std::find(shape.keys.begin(), shape.keys.end(), name) == shape.keys.end()) shape.keys.push_back(name);
   }
