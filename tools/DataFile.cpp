@@ -45,9 +45,9 @@ long getFileSize(const std::string& file) {
   return stat(file.c_str(), &status) == 0 ? status.st_size : 0;
 }
 
-DataFile::DataFile(const std::string& file, const ReaderParameters& readerParameters, Access access)
+DataFile::DataFile(const std::string& file, ReaderParameters readerParameters, Access access)
     : name(file),
-      parameters(readerParameters),
+      parameters(std::move(readerParameters)),
       reader(*env, check(file), parameters.isMultiTable ? 1 : 0, parameters.allowTableSplitting ? 1 : 0,
              parameters.separators.c_str(), parameters.decimal, parameters.quote, parameters.comment,
              access == Access::AsParameters && parameters.isCached ? 1 : 0) {
@@ -95,25 +95,20 @@ Table::Table(DataFile& dataFile, const std::string& tableName)
       handle(dataFile.isMultiTable() ? dataFile.getReader().getTableByName(tableName.c_str())
                                      : dataFile.getReader().getReaderForUniqueTableFile()),
       first(dataFile.isMultiTable() ? 1 : 0) {
-  try {
-    readColumns();
-    keyLine = findKeyLine();
-  } catch (...) {
-    handle.end();
-    throw;
-  }
+  readColumns();
+  keyLine = findKeyLine();
 }
 
 std::string Table::describe() const { return name.empty() ? "the table" : "table " + makePrintable(name); }
 
 // In a one-table file the mark in front of the headings has a field of the heading line that the data lines do not have.
 void Table::readColumns() {
-  const XelCsvTableReaderI* const impl = handle.getImpl();
-  const XelCsvLine headings = handle.getFirstLine();
+  const XelCsvTableReaderI* const impl = handle->getImpl();
+  const XelCsvLine headings = handle->getFirstLine();
   const long marks = first == 0 ? 1 : 0;
   const long named = headings.isEmpty() ? 0 : headings.getNumberOfFields() - marks;
   for (long key = 0; key < impl->getNumberOfKeys(); ++key) keys.push_back(impl->getKeyPosition(key));
-  long end = std::max(handle.getNumberOfColumns(), named);
+  long end = std::max(handle->getNumberOfColumns(), named);
   for (const long key : keys) end = std::max(end, key + 1);
   for (long position = first; position < end; ++position) {
     Column column{position, std::nullopt, std::find(keys.begin(), keys.end(), position) != keys.end()};
@@ -125,10 +120,10 @@ void Table::readColumns() {
 // Looks at the lines of the heading zone as the library does: the first one whatever it is, then those that are no
 // comments.
 bool Table::findKeyLine() const {
-  const XelCsvTableReaderI* const impl = handle.getImpl();
+  const XelCsvTableReaderI* const impl = handle->getImpl();
   const OffsetAndLineNumber* const start =
       file.isMultiTable() ? impl->getReader()->getOffsetAndLineNumber(name.c_str()) : nullptr;
-  XelCsvLines lines(handle.getEnv());
+  XelCsvLines lines(handle->getEnv());
   if (lines.open(file.getName().c_str(), "rb", XelCsvReach::OneLine) != 0) return false;
   if (!lines.seek(start == nullptr ? 0 : start->offset)) return false;
   std::vector<char> text(XelLineSize);
@@ -158,7 +153,7 @@ std::string Table::composeKey(const Line& line) const {
 
 void Table::forEach(const std::function<bool(const Line&)>& visit) const {
   long number = 0;
-  for (XelCsvTableReader::LineIterator it(handle); it.ok(); ++it) {
+  for (XelCsvTableReader::LineIterator it(*handle); it.ok(); ++it) {
     const Line line(*it, number);
     if (file.getProgress() != nullptr) file.getProgress()->advance(line.getBytes());
     if (file.isSplit() && line.getFieldOrNothing(0) != name) continue;
@@ -167,6 +162,6 @@ void Table::forEach(const std::function<bool(const Line&)>& visit) const {
   }
 }
 
-long Table::countLines() { return handle.getNumberOfItems(); }
+long Table::countLines() { return handle->getNumberOfItems(); }
 
 }  // namespace xeltools

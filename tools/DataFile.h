@@ -1,7 +1,7 @@
 // A data file as the commands see it: its tables, their columns and a walk over their lines.
 #pragma once
 
-#include <xelcsv/XelCsvReader.h>
+#include <xelcsv/XelCsvComfort.h>
 
 #include <functional>
 #include <optional>
@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/Owned.h"
 #include "tools/Progress.h"
 #include "tools/Settings.h"
 
@@ -30,7 +29,7 @@ enum class Access { Scanning, AsParameters };
 class DataFile {
  public:
   // Throws what the constructor of XelCsvReader throws.
-  DataFile(const std::string& file, const ReaderParameters& parameters, Access access = Access::Scanning);
+  DataFile(const std::string& file, ReaderParameters parameters, Access access = Access::Scanning);
 
   bool isMultiTable() const { return parameters.isMultiTable; }
   bool isSplit() const { return parameters.isMultiTable && parameters.allowTableSplitting; }
@@ -61,8 +60,8 @@ class DataFile {
  private:
   std::string name;
   ReaderParameters parameters;
-  Owned<XelEnv> env;
-  Owned<XelCsvReader> reader;
+  XelScoped<XelEnv> env;
+  XelScoped<XelCsvReader> reader;
   std::vector<std::string> tableNames;
   Progress* progress = nullptr;
 };
@@ -114,9 +113,6 @@ class Table {
  public:
   // A name of the file's; anything for the table of a one-table file. Throws what opening a table throws.
   Table(DataFile& file, const std::string& name);
-  ~Table() { handle.end(); }
-  Table(const Table&) = delete;
-  Table& operator=(const Table&) = delete;
 
   // Empty for the table of a one-table file.
   const std::string& getName() const { return name; }
@@ -126,7 +122,7 @@ class Table {
 
   // From left to right, without the column of the tables' names.
   const std::vector<Column>& getColumns() const { return columns; }
-  bool hasHeadings() const { return !handle.getFirstLine().isEmpty(); }
+  bool hasHeadings() const { return !handle->getFirstLine().isEmpty(); }
 
   // Positions of the key columns in the order in which lookups take their values.
   const std::vector<long>& getKeys() const { return keys; }
@@ -150,7 +146,7 @@ class Table {
   // The number of lines of such a walk.
   long countLines();
 
-  XelCsvTableReader& getHandle() { return handle; }
+  XelCsvTableReader& getHandle() { return *handle; }
 
  private:
   void readColumns();
@@ -158,7 +154,7 @@ class Table {
 
   DataFile& file;
   std::string name;
-  XelCsvTableReader handle;
+  XelScoped<XelCsvTableReader> handle;
   std::vector<Column> columns;
   std::vector<long> keys;
   long first;

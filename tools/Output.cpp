@@ -44,7 +44,7 @@ mode_t getModeOfNewFiles() {
 
 std::string getPagerCommand() {
   for (const char* const name : {"XELCSV_PAGER", "PAGER"}) {
-    const std::string command = getVariable(name);
+    std::string command = getVariable(name);
     if (!command.empty()) return command;
   }
   return "less -FRSX";

@@ -21,8 +21,8 @@ void CommonOptions::declare(OptionSet& set, bool readsFile) {
   set.addFlag("--show-settings", showsSettings, "print how the file would be read and who says so, and nothing else");
 }
 
-Session::Session(const CommonOptions& given, std::string name)
-    : options(given),
+Session::Session(CommonOptions given, std::string name)
+    : options(std::move(given)),
       command(std::move(name)),
       watched(!options.outputFile && isTerminal(STDOUT_FILENO)),
       painter(isColorWanted(options.color, watched)),

@@ -28,7 +28,7 @@ struct CommonOptions {
 class Session {
  public:
   // The name, "show", stands in messages.
-  Session(const CommonOptions& given, std::string command);
+  Session(CommonOptions given, std::string command);
 
   // The settings for a data file, whose name stands in messages from here on.
   const Settings& openSettings(const std::string& file);

@@ -114,14 +114,14 @@ std::unique_ptr<Report> Check::makeReport(Session& session) const {
 }
 
 XelCsvCheckResult Check::checkFile(Session& session, Report& report, const std::string& file) const {
-  const Owned<XelEnv> env;
+  const XelScoped<XelEnv> env;
   const Settings& settings = session.openSettings(file);
   const XelCsvCheck check(*env, file, makeCheckParameters(settings.getParameters()), checkOptions);
   Progress& progress = session.getProgress();
   progress.begin(getFileSize(file));
   long done = 0;
   report.beginFile(file);
-  const XelCsvCheckResult result = check.run(
+  XelCsvCheckResult result = check.run(
       [&](const XelCsvFinding& finding) {
         progress.end();
         report.add(finding);

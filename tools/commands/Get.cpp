@@ -303,17 +303,18 @@ void Get::writeText(Session& session, DataFile& file, const Table& table, const 
 
 void Get::writeJson(Output& output, DataFile& file, const Table& table, const Line& line,
                     const std::string& key) const {
-  std::string object = "{";
-  if (explains) {
-    object += "\"key\": " + toJson(key) + ", \"lineNumber\": " + std::to_string(line.getLineNumber()) +
-              ", \"offset\": " + std::to_string(findOffset(file, line.getLineNumber())) + ", ";
-  }
-  object += "\"table\": " + (table.getName().empty() ? "null" : toJson(table.getName())) + ", \"fields\": {";
   std::vector<std::string> fields;
   for (long position = table.getFirstPosition(); position < line.getNumberOfFields(); ++position) {
-    fields.push_back(toJson(table.getColumnName(position)) + ": " + toJson(line.getField(position)));
+    fields.push_back(toMember(table.getColumnName(position), toJson(line.getField(position))));
   }
-  output.writeLine(object + join(fields, ", ") + "}}");
+  std::vector<std::string> members;
+  if (explains) {
+    members = {toMember("key", toJson(key)), toMember("lineNumber", std::to_string(line.getLineNumber())),
+               toMember("offset", std::to_string(findOffset(file, line.getLineNumber())))};
+  }
+  members.push_back(toMember("table", table.getName().empty() ? "null" : toJson(table.getName())));
+  members.push_back(toMember("fields", toObject(fields)));
+  output.writeLine(toObject(members));
 }
 
 }  // namespace

@@ -158,13 +158,13 @@ void Sniff::writeText(Session& session, const Proposals& proposals, const std::s
 void Sniff::writeJson(Output& output, const Proposals& proposals) const {
   std::vector<std::string> settings;
   for (const Proposal& it : proposals.all) {
-    settings.push_back("    {\"name\": " + toJson(it.name) + ", \"value\": " + toJson(it.value) +
-                       ", \"reason\": " + toJson(it.reason) + "}");
+    settings.push_back("\n    " + toObject({toMember("name", toJson(it.name)), toMember("value", toJson(it.value)),
+                                            toMember("reason", toJson(it.reason))}));
   }
-  output.writeLine("{\n  \"settings\": [\n" + join(settings, ",\n") + "\n  ],");
-  output.writeLine("  \"remarks\": " + toJson(proposals.remarks) + ",");
-  output.writeLine("  \"options\": " + toJson(formatOptions(proposals.parameters)) + ",");
-  output.writeLine("  \"constructor\": " + toJson(formatConstructor(proposals.parameters, fileName)) + "\n}");
+  output.writeLine("{\n  " + toMember("settings", "[" + join(settings, ",") + "\n  ]") + ",");
+  output.writeLine("  " + toMember("remarks", toJson(proposals.remarks)) + ",");
+  output.writeLine("  " + toMember("options", toJson(formatOptions(proposals.parameters))) + ",");
+  output.writeLine("  " + toMember("constructor", toJson(formatConstructor(proposals.parameters, fileName))) + "\n}");
 }
 
 }  // namespace

@@ -93,26 +93,23 @@ void Tables::writeText(Session& session, const Directives& directives, const std
 
 void Tables::writeJson(Output& output, const Directives& directives, const std::vector<TableFacts>& tables,
                        bool isMultiTable) const {
-  output.writeLine("{");
-  const auto writeDirective = [&](const char* name, const std::string& value) {
-    output.writeLine("  " + toJson(name) + ": " + (value.empty() ? "null" : toJson(value)) + ",");
-  };
-  writeDirective("csvFormat", directives.csvFormat);
-  writeDirective("requiredBy", directives.requiredBy);
-  writeDirective("fileVersion", directives.fileVersion);
-  output.write("  \"tables\": [");
+  const auto makeNullable = [](const std::string& value) { return value.empty() ? "null" : toJson(value); };
+  std::vector<std::string> lines;
   for (const TableFacts& table : tables) {
-    output.write(&table == &tables.front() ? "\n    {" : ",\n    {");
-    output.write("\"number\": " + std::to_string(table.number));
-    output.write(", \"name\": " + (isMultiTable ? toJson(table.name) : "null"));
-    output.write(std::string(", \"reserved\": ") + (table.isReserved ? "true" : "false"));
-    output.write(", \"lines\": " + std::to_string(table.lines));
-    output.write(", \"columns\": " + std::to_string(table.columns));
-    output.write(", \"keys\": " + toJson(table.keys));
-    output.write(", \"begin\": " + std::to_string(table.begin) + ", \"end\": " + std::to_string(table.end));
-    output.write(", \"stretches\": " + std::to_string(table.stretches) + "}");
+    lines.push_back(
+        "\n    " +
+        toObject({toMember("number", std::to_string(table.number)),
+                  toMember("name", isMultiTable ? toJson(table.name) : "null"),
+                  toMember("reserved", table.isReserved ? "true" : "false"),
+                  toMember("lines", std::to_string(table.lines)), toMember("columns", std::to_string(table.columns)),
+                  toMember("keys", toJson(table.keys)), toMember("begin", std::to_string(table.begin)),
+                  toMember("end", std::to_string(table.end)), toMember("stretches", std::to_string(table.stretches))}));
   }
-  output.writeLine(tables.empty() ? "]" : "\n  ]");
+  output.writeLine("{");
+  output.writeLine("  " + toMember("csvFormat", makeNullable(directives.csvFormat)) + ",");
+  output.writeLine("  " + toMember("requiredBy", makeNullable(directives.requiredBy)) + ",");
+  output.writeLine("  " + toMember("fileVersion", makeNullable(directives.fileVersion)) + ",");
+  output.writeLine("  " + toMember("tables", "[" + join(lines, ",") + (lines.empty() ? "]" : "\n  ]")));
   output.writeLine("}");
 }
 

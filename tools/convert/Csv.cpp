@@ -133,8 +133,8 @@ class FolderWriter : public FormatWriter {
     output = std::make_unique<Output>(temporary + "/" + name);
     writer = makeCsvWriter(*output, options);
     writer->beginTable(shape);
-    entries.push_back("    {\"name\": " + toJson(shape.name) + ", \"file\": " + toJson(name) +
-                      ", \"keys\": " + toJson(shape.keys) + "}");
+    entries.push_back("\n    " + toObject({toMember("name", toJson(shape.name)), toMember("file", toJson(name)),
+                                           toMember("keys", toJson(shape.keys))}));
   }
 
   void writeLine(const TableShape& shape, const Line& line) override { writer->writeLine(shape, line); }
@@ -149,11 +149,11 @@ class FolderWriter : public FormatWriter {
     Output manifest(temporary + "/tables.json");
     manifest.writeLine("{");
     if (directives.areThere()) {
-      manifest.writeLine("  \"csvFormat\": " + toJson(directives.csvFormat) + ",");
-      manifest.writeLine("  \"requiredBy\": " + toJson(directives.requiredBy) + ",");
-      manifest.writeLine("  \"fileVersion\": " + toJson(directives.fileVersion) + ",");
+      manifest.writeLine("  " + toMember("csvFormat", toJson(directives.csvFormat)) + ",");
+      manifest.writeLine("  " + toMember("requiredBy", toJson(directives.requiredBy)) + ",");
+      manifest.writeLine("  " + toMember("fileVersion", toJson(directives.fileVersion)) + ",");
     }
-    manifest.writeLine("  \"tables\": [\n" + join(entries, ",\n") + "\n  ]\n}");
+    manifest.writeLine("  " + toMember("tables", "[" + join(entries, ",") + "\n  ]") + "\n}");
     manifest.finish();
   }
 

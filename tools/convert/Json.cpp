@@ -13,19 +13,15 @@ namespace {
 
 // An empty field of a column of numbers is null. A field that the line lacks is left out.
 std::string makeObject(const TableShape& shape, const Line& line) {
-  std::string object = "{";
+  std::vector<std::string> members;
+  members.reserve(shape.columns.size());
   for (const ShapedColumn& column : shape.columns) {
     if (!line.hasField(column.position)) continue;
     const std::string_view field = line.getField(column.position);
-    if (object.size() > 1) object += ", ";
-    object += toJson(column.name) + ": ";
-    if (column.type == ColumnType::Text) {
-      object += toJson(field);
-    } else {
-      object += field.empty() ? "null" : field;
-    }
+    const bool isText = column.type == ColumnType::Text;
+    members.push_back(toMember(column.name, isText ? toJson(field) : field.empty() ? "null" : std::string(field)));
   }
-  return object + "}";
+  return toObject(members);
 }
 
 // The text that a value stands for. The shortest digits of a number are not those of the file, but they are as good.
@@ -53,13 +49,15 @@ class JsonWriter : public FormatWriter {
   explicit JsonWriter(Output& target) : output(target) {}
 
   void beginTable(const TableShape& shape) override {
-    output.write(tables++ > 0 ? ",\n" : "{\n  \"tables\": [\n");
-    output.write("    {\n      \"name\": " + toJson(shape.name) + ",\n      \"columns\": [");
+    std::vector<std::string> columns;
     for (const ShapedColumn& column : shape.columns) {
-      if (&column != &shape.columns.front()) output.write(", ");
-      output.write("{\"name\": " + toJson(column.name) + ", \"type\": \"" + getTypeName(column.type) + "\"}");
+      columns.push_back(
+          toObject({toMember("name", toJson(column.name)), toMember("type", toJson(getTypeName(column.type)))}));
     }
-    output.write("],\n      \"keys\": " + toJson(shape.keys) + ",\n      \"lines\": [");
+    output.write(tables++ > 0 ? std::string(",\n") : "{\n  " + toMember("tables", "[\n"));
+    output.write("    {\n      " + toMember("name", toJson(shape.name)) + ",\n      " +
+                 toMember("columns", "[" + join(columns, ", ") + "]") + ",\n      " +
+                 toMember("keys", toJson(shape.keys)) + ",\n      " + toMember("lines", "["));
     lines = 0;
   }
 
@@ -69,7 +67,9 @@ class JsonWriter : public FormatWriter {
   }
 
   void endTable() override { output.write(lines > 0 ? "\n      ]\n    }" : "]\n    }"); }
-  void finish() override { output.writeLine(tables > 0 ? "\n  ]\n}" : "{\"tables\": []}"); }
+  void finish() override {
+    output.writeLine(tables > 0 ? std::string("\n  ]\n}") : toObject({toMember("tables", "[]")}));
+  }
 
  private:
   Output& output;
@@ -109,7 +109,7 @@ class JsonReader : public FormatReader {
 
   void beginTable(const TableShape&) override {
     std::string line;
-    while (lines.read(line) && !beginsWith(line, "      \"lines\": [")) {
+    while (lines.read(line) && !beginsWith(line, "      " + toMember("lines", "["))) {
     }
     isEmpty = endsWith(line, "]");
   }
@@ -140,7 +140,7 @@ class JsonLinesWriter : public FormatWriter {
   void beginTable(const TableShape&) override {}
   void writeLine(const TableShape& shape, const Line& line) override {
     const std::string object = makeObject(shape, line);
-    output.writeLine(isWhole ? "{\"table\": " + toJson(shape.name) + ", \"fields\": " + object + "}" : object);
+    output.writeLine(isWhole ? toObject({toMember("table", toJson(shape.name)), toMember("fields", object)}) : object);
   }
 
  private:

@@ -32,7 +32,7 @@ std::string makePlainRecord(const std::vector<std::string>& fields, char separat
 }
 
 PlainCsvReader::PlainCsvReader(const std::string& file, char fieldSeparator)
-    : name(file), separator(fieldSeparator), stream(std::fopen(file.c_str(), "rb")), waiting(EOF) {
+    : name(file), separator(fieldSeparator), stream(std::fopen(file.c_str(), "rb")) {
   if (!stream) throw UserError(makePrintable(file) + ": cannot be opened");
   waiting = std::getc(stream.get());
   if (waiting != 0xEF) return;

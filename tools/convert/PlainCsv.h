@@ -41,7 +41,7 @@ class PlainCsvReader {
   std::unique_ptr<std::FILE, Closer> stream;
   long line = 1;
   long recordLine = 0;
-  int waiting;  // the byte that was read ahead
+  int waiting = EOF;  // the byte that was read ahead
 };
 
 }  // namespace xeltools

@@ -36,14 +36,14 @@ PlainTables readManifest(const std::string& folder, const std::string& file) {
   tables.directives = {getText(manifest, "csvFormat"), getText(manifest, "requiredBy"),
                        getText(manifest, "fileVersion")};
   const auto list = manifest.find("tables");
-  if (list == manifest.end() || !list->is_array()) fail("has no array \"tables\"");
+  if (list == manifest.end() || !list->is_array()) fail(R"(has no array "tables")");
   for (const nlohmann::json& entry : *list) {
     if (!entry.is_object()) fail("holds a table that is no object");
     PlainTable table;
     table.name = getText(entry, "name");
     table.file = folder + "/" + getText(entry, "file");
     const auto keys = entry.find("keys");
-    if (table.name.empty() || getText(entry, "file").empty()) fail("holds a table without \"name\" or \"file\"");
+    if (table.name.empty() || getText(entry, "file").empty()) fail(R"(holds a table without "name" or "file")");
     if (keys != entry.end() && keys->is_array()) {
       for (const nlohmann::json& key : *keys) table.keys.push_back(key.is_string() ? key.get<std::string>() : "");
     }
@@ -178,6 +178,69 @@ void Writer::appendField(std::string& line, const std::string& field) {
   line += needsQuotes ? parameters.quote + text + parameters.quote : text;
 }
 
+// A plain file beside the table that was made of it.
+class Comparison {
+ public:
+  Comparison(const PlainTable& table, char plainSeparator) : plain(table), reader(plain.file, plainSeparator) {}
+
+  // What differs first, or nothing.
+  std::string compare(const Table& table) {
+    read();
+    compareHeadings(table);
+    table.forEach([&](const Line& line) {
+      if (difference.empty()) compareLine(table, line);
+      return difference.empty();
+    });
+    if (difference.empty() && read()) note("the table ends before the file");
+    return difference;
+  }
+
+ private:
+  // Goes to the next record that has fields.
+  bool read() {
+    while (reader.read(fields)) {
+      if (!fields.empty()) return true;
+    }
+    return false;
+  }
+
+  void note(const std::string& what) {
+    difference = makePrintable(plain.file) + ", line " + std::to_string(reader.getLine()) + ": " + what;
+  }
+
+  void compareText(const std::string& expected, std::string_view found) {
+    if (expected == found || !difference.empty()) return;
+    note("'" + makePrintable(expected) + "' became '" + makePrintable(found) + "'");
+  }
+
+  void compareHeadings(const Table& table) {
+    for (std::size_t index = 0; index < fields.size(); ++index) {
+      const bool isThere = index < table.getColumns().size();
+      compareText(fields[index], isThere ? table.getColumns()[index].heading.value_or("") : "");
+    }
+  }
+
+  void compareLine(const Table& table, const Line& line) {
+    if (!read()) {
+      note("the file has fewer lines than the table");
+      return;
+    }
+    const auto count = static_cast<std::size_t>(line.getNumberOfFields() - table.getFirstPosition());
+    if (count != fields.size()) {
+      note(countOf(static_cast<long>(fields.size()), "field") + " became " + std::to_string(count));
+      return;
+    }
+    for (std::size_t index = 0; index < count; ++index) {
+      compareText(fields[index], line.getField(table.getFirstPosition() + static_cast<long>(index)));
+    }
+  }
+
+  const PlainTable& plain;
+  PlainCsvReader reader;
+  std::vector<std::string> fields;
+  std::string difference;
+};
+
 }  // namespace
 
 PlainTables readFolder(const std::string& folder) {
@@ -218,45 +281,11 @@ PlainCounts writeTables(Output& output, const PlainTables& tables, const ReaderP
 std::string compareTables(const std::string& written, const PlainTables& tables, const ReaderParameters& parameters,
                           char plainSeparator) {
   DataFile file(written, parameters);
-  std::string difference;
   for (const PlainTable& plain : tables.tables) {
-    const Table table(file, plain.name);
-    PlainCsvReader reader(plain.file, plainSeparator);
-    std::vector<std::string> fields;
-    const auto note = [&](const std::string& what) {
-      if (difference.empty())
-        difference = makePrintable(plain.file) + ", line " + std::to_string(reader.getLine()) + ": " + what;
-      return false;
-    };
-    const auto readRecord = [&] {
-      while (reader.read(fields)) {
-        if (!fields.empty()) return true;
-      }
-      return false;
-    };
-    readRecord();
-    for (std::size_t column = 0; column < fields.size(); ++column) {
-      const std::string heading =
-          column < table.getColumns().size() ? table.getColumns()[column].heading.value_or("") : "";
-      if (heading != fields[column])
-        note("'" + makePrintable(fields[column]) + "' became '" + makePrintable(heading) + "'");
-    }
-    table.forEach([&](const Line& line) {
-      if (!readRecord()) return note("the file has fewer lines than the table");
-      const auto count = static_cast<std::size_t>(line.getNumberOfFields() - table.getFirstPosition());
-      if (count != fields.size())
-        return note(countOf(static_cast<long>(fields.size()), "field") + " became " + std::to_string(count));
-      for (std::size_t column = 0; column < count; ++column) {
-        const std::string_view field = line.getField(table.getFirstPosition() + static_cast<long>(column));
-        if (field == fields[column]) continue;
-        return note("'" + makePrintable(fields[column]) + "' became '" + makePrintable(field) + "'");
-      }
-      return true;
-    });
-    if (difference.empty() && readRecord()) note("the table ends before the file");
+    std::string difference = Comparison(plain, plainSeparator).compare(Table(file, plain.name));
     if (!difference.empty()) return difference;
   }
-  return difference;
+  return {};
 }
 
 }  // namespace xeltools

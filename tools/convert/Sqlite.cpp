@@ -86,8 +86,8 @@ const char* getSqlType(const TableShape& shape, const ShapedColumn& column) {
 
 class SqliteWriter : public FormatWriter {
  public:
-  explicit SqliteWriter(const std::string& target)
-      : place(target),
+  explicit SqliteWriter(std::string target)
+      : place(std::move(target)),
         temporary(makeTemporaryName(place)),
         guard(temporary),
         database(temporary, place, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) {
@@ -144,10 +144,7 @@ class SqliteWriter : public FormatWriter {
 
  private:
   static bool isKey(const TableShape& shape, const ShapedColumn& column) {
-    for (const std::string& key : shape.keys) {
-      if (key == column.name) return true;
-    }
-    return false;
+    return std::find(shape.keys.begin(), shape.keys.end(), column.name) != shape.keys.end();
   }
 
   // Removes the file unless it got its name.
@@ -178,7 +175,7 @@ class SqliteWriter : public FormatWriter {
 
 // The number of a row has three names, each of which may be a column's.
 std::string getRowNumber(const TableShape& shape) {
-  for (const std::string name : {"rowid", "_rowid_", "oid"}) {
+  for (std::string name : {"rowid", "_rowid_", "oid"}) {
     const bool isTaken = std::any_of(shape.columns.begin(), shape.columns.end(),
                                      [&](const ShapedColumn& column) { return toLower(column.name) == name; });
     if (!isTaken) return name;

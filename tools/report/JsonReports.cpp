@@ -12,33 +12,42 @@ namespace xeltools {
 
 namespace {
 
+std::string makeNullable(const std::string& text) { return text.empty() ? "null" : toJson(text); }
+
 std::string makeObject(const XelCsvFinding& finding) {
-  return "{\"file\": " + toJson(finding.file) + ", \"line\": " + std::to_string(finding.line) +
-         ", \"column\": " + std::to_string(finding.column) +
-         ", \"severity\": " + toJson(XelGetSeverityName(finding.severity)) + ", \"code\": " + toJson(finding.code) +
-         ", \"message\": " + toJson(finding.message) +
-         ", \"table\": " + (finding.table.empty() ? "null" : toJson(finding.table)) +
-         ", \"lineNumber\": " + std::to_string(finding.lineNumber) + ", \"offset\": " + std::to_string(finding.offset) +
-         ", \"length\": " + std::to_string(finding.length) + ", \"excerpt\": " + toJson(finding.excerpt) +
-         ", \"excerptOffset\": " + std::to_string(finding.excerptOffset) + "}";
+  return toObject(
+      {toMember("file", toJson(finding.file)), toMember("line", std::to_string(finding.line)),
+       toMember("column", std::to_string(finding.column)),
+       toMember("severity", toJson(XelGetSeverityName(finding.severity))), toMember("code", toJson(finding.code)),
+       toMember("message", toJson(finding.message)), toMember("table", makeNullable(finding.table)),
+       toMember("lineNumber", std::to_string(finding.lineNumber)), toMember("offset", std::to_string(finding.offset)),
+       toMember("length", std::to_string(finding.length)), toMember("excerpt", toJson(finding.excerpt)),
+       toMember("excerptOffset", std::to_string(finding.excerptOffset))});
 }
 
+// The members of a file's object that follow its findings.
 std::string makeSummary(const XelCsvCheckResult& result) {
-  return "\"errors\": " + std::to_string(result.errors) + ", \"warnings\": " + std::to_string(result.warnings) +
-         ", \"notes\": " + std::to_string(result.notes) + ", \"whole\": " + (result.isWhole ? "true" : "false") +
-         ", \"bytes\": " + std::to_string(result.bytes) + ", \"lines\": " + std::to_string(result.lines) +
-         ", \"tables\": " + std::to_string(result.tables);
+  std::vector<std::string> omitted;
+  for (const XelCsvOmitted& it : result.omitted) {
+    omitted.push_back(toObject({toMember("code", toJson(it.code)), toMember("table", makeNullable(it.table)),
+                                toMember("count", std::to_string(it.count))}));
+  }
+  return join({toMember("errors", std::to_string(result.errors)), toMember("warnings", std::to_string(result.warnings)),
+               toMember("notes", std::to_string(result.notes)), toMember("whole", result.isWhole ? "true" : "false"),
+               toMember("bytes", std::to_string(result.bytes)), toMember("lines", std::to_string(result.lines)),
+               toMember("tables", std::to_string(result.tables)), toMember("omitted", "[" + join(omitted, ", ") + "]")},
+              ", ");
 }
 
 class JsonReport : public Report {
  public:
   explicit JsonReport(Output& target) : output(target) {}
 
-  void begin() override { output.write("{\"files\": ["); }
+  void begin() override { output.write("{" + toMember("files", "[")); }
 
   void beginFile(const std::string& file) override {
     output.write(files++ > 0 ? ",\n" : "\n");
-    output.write("  {\"file\": " + toJson(file) + ", \"findings\": [");
+    output.write("  {" + toMember("file", toJson(file)) + ", " + toMember("findings", "["));
     findings = 0;
   }
 
@@ -49,15 +58,7 @@ class JsonReport : public Report {
 
   void endFile(const XelCsvCheckResult& result) override {
     output.write(findings > 0 ? "\n  ], " : "], ");
-    output.write(makeSummary(result));
-    output.write(", \"omitted\": [");
-    for (const XelCsvOmitted& omitted : result.omitted) {
-      if (&omitted != &result.omitted.front()) output.write(", ");
-      output.write("{\"code\": " + toJson(omitted.code) +
-                   ", \"table\": " + (omitted.table.empty() ? "null" : toJson(omitted.table)) +
-                   ", \"count\": " + std::to_string(omitted.count) + "}");
-    }
-    output.write("]}");
+    output.write(makeSummary(result) + "}");
   }
 
   void end() override { output.writeLine("\n]}"); }
@@ -96,14 +97,29 @@ std::string makeUri(const std::string& file) {
 }
 
 // Columns of SARIF are characters, not bytes; they are known when the excerpt begins where the line does.
-std::string makeColumn(const XelCsvFinding& finding) {
+std::string makeRegion(const XelCsvFinding& finding) {
+  std::vector<std::string> members = {toMember("startLine", std::to_string(finding.line))};
   const long before = finding.offset - finding.excerptOffset;
-  const bool isKnown = before == finding.column - 1 && before <= static_cast<long>(finding.excerpt.size());
-  if (!isKnown) return {};
-  long column = 1;
-  const std::string_view text = std::string_view(finding.excerpt).substr(0, static_cast<std::size_t>(before));
-  for (std::size_t position = 0; position < text.size(); ++column) position += readCharacter(text, position).bytes;
-  return ", \"startColumn\": " + std::to_string(column);
+  if (before == finding.column - 1 && before <= static_cast<long>(finding.excerpt.size())) {
+    long column = 1;
+    std::string_view text = finding.excerpt;
+    text = text.substr(0, static_cast<std::size_t>(before));
+    for (std::size_t position = 0; position < text.size(); ++column) position += readCharacter(text, position).bytes;
+    members.push_back(toMember("startColumn", std::to_string(column)));
+  }
+  members.push_back(toMember("byteOffset", std::to_string(finding.offset)));
+  members.push_back(toMember("byteLength", std::to_string(finding.length)));
+  return toObject(members);
+}
+
+std::string makeText(const std::string& text) { return toObject({toMember("text", toJson(text))}); }
+
+std::string makeRule(const XelCsvCheckCode& code) {
+  return toObject(
+      {toMember("id", toJson(code.code)), toMember("shortDescription", makeText(code.title)),
+       toMember("fullDescription", makeText(std::string(code.explanation) + " " + code.effect)),
+       toMember("help", makeText(code.remedy)),
+       toMember("defaultConfiguration", toObject({toMember("level", toJson(XelGetSeverityName(code.severity)))}))});
 }
 
 class SarifReport : public Report {
@@ -111,37 +127,30 @@ class SarifReport : public Report {
   explicit SarifReport(Output& target) : output(target) {}
 
   void begin() override {
-    output.write(
-        "{\n  \"$schema\": \"https://json.schemastore.org/sarif-2.1.0.json\",\n  \"version\": \"2.1.0\",\n"
-        "  \"runs\": [{\n    \"tool\": {\"driver\": {\"name\": \"xelcsv\", \"version\": " +
-        toJson(XELCSV_VERSION) + ", \"rules\": [");
-    for (const XelCsvCheckCode& code : XelGetCheckCodes()) {
-      output.write(&code == &XelGetCheckCodes().front() ? "\n" : ",\n");
-      output.write("      {\"id\": " + toJson(code.code) + ", \"shortDescription\": {\"text\": " + toJson(code.title) +
-                   "}, \"fullDescription\": {\"text\": " + toJson(std::string(code.explanation) + " " + code.effect) +
-                   "}, \"help\": {\"text\": " + toJson(code.remedy) +
-                   "}, \"defaultConfiguration\": {\"level\": " + toJson(XelGetSeverityName(code.severity)) + "}}");
-    }
-    output.write("\n    ]}},\n    \"columnKind\": \"unicodeCodePoints\",\n    \"results\": [");
+    std::vector<std::string> rules;
+    for (const XelCsvCheckCode& code : XelGetCheckCodes()) rules.push_back("\n      " + makeRule(code));
+    output.write("{\n  " + toMember("$schema", toJson("https://json.schemastore.org/sarif-2.1.0.json")) + ",\n  " +
+                 toMember("version", toJson("2.1.0")) + ",\n  " + toMember("runs", "[{\n    "));
+    const std::string driver =
+        toObject({toMember("name", toJson("xelcsv")), toMember("version", toJson(XELCSV_VERSION)),
+                  toMember("rules", "[" + join(rules, ",") + "\n    ]")});
+    output.write(toMember("tool", toObject({toMember("driver", driver)})) + ",\n    ");
+    output.write(toMember("columnKind", toJson("unicodeCodePoints")) + ",\n    " + toMember("results", "["));
   }
 
   void add(const XelCsvFinding& finding) override {
-    output.write(findings++ > 0 ? ",\n" : "\n");
-    output.write(
-        "      {\"ruleId\": " + toJson(finding.code) + ", \"level\": " + toJson(XelGetSeverityName(finding.severity)) +
-        ", \"message\": {\"text\": " + toJson(finding.message) +
-        "}, \"locations\": [{\"physicalLocation\": {\"artifactLocation\": {\"uri\": " + toJson(makeUri(finding.file)) +
-        "}");
-    if (finding.line > 0) {
-      output.write(", \"region\": {\"startLine\": " + std::to_string(finding.line) + makeColumn(finding) +
-                   ", \"byteOffset\": " + std::to_string(finding.offset) +
-                   ", \"byteLength\": " + std::to_string(finding.length) + "}");
-    }
-    output.write("}");
+    std::vector<std::string> place = {
+        toMember("artifactLocation", toObject({toMember("uri", toJson(makeUri(finding.file)))}))};
+    if (finding.line > 0) place.push_back(toMember("region", makeRegion(finding)));
+    std::vector<std::string> location = {toMember("physicalLocation", toObject(place))};
     if (!finding.table.empty()) {
-      output.write(", \"logicalLocations\": [{\"name\": " + toJson(finding.table) + ", \"kind\": \"table\"}]");
+      const std::string table = toObject({toMember("name", toJson(finding.table)), toMember("kind", toJson("table"))});
+      location.push_back(toMember("logicalLocations", "[" + table + "]"));
     }
-    output.write("}]}");
+    output.write(findings++ > 0 ? ",\n      " : "\n      ");
+    output.write(toObject(
+        {toMember("ruleId", toJson(finding.code)), toMember("level", toJson(XelGetSeverityName(finding.severity))),
+         toMember("message", makeText(finding.message)), toMember("locations", "[" + toObject(location) + "]")}));
   }
 
   void end() override { output.writeLine(findings > 0 ? "\n    ]\n  }]\n}" : "]\n  }]\n}"); }

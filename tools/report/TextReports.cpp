@@ -36,12 +36,13 @@ Excerpt cutExcerpt(const XelCsvFinding& finding) {
 // The end of a text that is at most width cells wide, with an ellipsis in front when it was cut.
 std::string cutFront(const std::string& text, std::size_t width) {
   if (getWidth(text) <= width) return text;
+  const std::string_view whole = text;
   std::size_t begin = 0;
-  while (begin < text.size() && getWidth(std::string_view(text).substr(begin)) + 1 > width) {
+  while (begin < text.size() && getWidth(whole.substr(begin)) + 1 > width) {
     ++begin;
     while (begin < text.size() && (static_cast<unsigned char>(text[begin]) & 0xC0U) == 0x80U) ++begin;
   }
-  return "\xE2\x80\xA6" + text.substr(begin);
+  return std::string("\xE2\x80\xA6").append(text, begin);
 }
 
 class TextReport : public Report {

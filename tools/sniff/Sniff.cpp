@@ -102,7 +102,7 @@ SeparatorGuess judge(const Lines& lines, char separator, char quote, double pref
   guess.fields = getMost(together).first;
   const bool areTables = byTable.size() * 2 <= lines.size();
   guess.alike = areTables ? std::max(alikeByTable, getMost(together).second) : getMost(together).second;
-  const double all = static_cast<double>(lines.size());
+  const auto all = static_cast<double>(lines.size());
   const double coverage = static_cast<double>(guess.separated) / all;
   if (coverage < 0.5) return guess;
   const double consistency = static_cast<double>(guess.alike) / all;
@@ -172,37 +172,50 @@ bool holdsMark(std::string_view field, const char* mark) {
   return field.find('|') != std::string_view::npos && field.find(mark) != std::string_view::npos;
 }
 
-// What the first fields say: one name for each table, in front of a bar in heading lines.
-TableGuess guessTables(const Lines& lines, const ReaderParameters& parameters) {
-  TableGuess guess;
-  std::map<std::string_view, Counts> tables;  // by name
-  std::set<std::string_view> ended;
-  std::string_view previous;
-  std::string_view returned;
-  std::string_view marked;
-  bool hasOwnMark = false;  // "|NAMES" without a name
-  bool hasDirective = false;
-  for (const std::string_view line : lines) {
-    const auto fields = splitLine(line, parameters.separators.front(), parameters.quote);
-    const std::string_view first = fields.front();
-    const std::string_view name = cutAtBar(first);
-    if (holdsMark(first, "NAMES") || holdsMark(first, "KEYS")) {
-      if (name.empty()) hasOwnMark = true;
-      if (!name.empty() && marked.empty()) marked = first;
+// What the first fields of the lines are like.
+struct FirstFields {
+  FirstFields(const Lines& lines, const ReaderParameters& parameters) {
+    for (const std::string_view line : lines) {
+      const auto fields = splitLine(line, parameters.separators.front(), parameters.quote);
+      const std::string_view name = cutAtBar(fields.front());
+      ++tables[name][fields.size()];
+      noteMark(fields.front(), name);
+      noteOrder(name);
     }
+  }
+
+  void noteMark(std::string_view field, std::string_view name) {
     hasDirective = hasDirective || name == "XELO_CSV_FORMAT" || name == "XELO_DATA_SCHEMA";
-    ++tables[name][fields.size()];
-    if (name == previous) continue;
+    if (!holdsMark(field, "NAMES") && !holdsMark(field, "KEYS")) return;
+    if (name.empty()) hasOwnMark = true;
+    if (!name.empty() && marked.empty()) marked = field;
+  }
+
+  void noteOrder(std::string_view name) {
+    if (name == previous) return;
     if (returned.empty() && ended.count(name) > 0) returned = name;
     if (!previous.empty()) ended.insert(previous);
     previous = name;
   }
-  // Names that come again and again, each with a number of fields of its own.
-  const std::size_t least = std::max<std::size_t>(3, lines.size() / 50);
+
+  std::map<std::string_view, Counts> tables;  // by name
+  std::string_view marked;                    // the first mark with a name in front of it
+  std::string_view returned;                  // the first name that comes back after another
+  bool hasOwnMark = false;                    // "|NAMES" without a name
+  bool hasDirective = false;
+
+ private:
+  std::set<std::string_view> ended;
+  std::string_view previous;
+};
+
+// One of the names that come again and again, each with a number of fields of its own; nothing when they do not.
+std::string_view findGroup(const std::map<std::string_view, Counts>& tables, std::size_t lines) {
+  const std::size_t least = std::max<std::size_t>(3, lines / 50);
   std::size_t inLargeTables = 0;
+  std::size_t nameless = 0;  // lines whose first field is a number or empty
   std::set<std::size_t> widths;
   std::string_view largest;
-  std::size_t nameless = 0;  // lines whose first field is a number or empty
   for (const auto& [name, counts] : tables) {
     std::size_t count = 0;
     for (const auto& [fields, some] : counts) count += some;
@@ -215,25 +228,33 @@ TableGuess guessTables(const Lines& lines, const ReaderParameters& parameters) {
       largest = name;
     }
   }
-  const bool areGrouped = nameless * 2 <= inLargeTables && widths.size() > 1 && inLargeTables * 2 >= lines.size();
-  if (hasOwnMark && marked.empty()) {
+  const bool areGrouped = nameless * 2 <= inLargeTables && widths.size() > 1 && inLargeTables * 2 >= lines;
+  return areGrouped ? largest : std::string_view();
+}
+
+// One name for each table, in front of a bar in heading lines.
+TableGuess guessTables(const Lines& lines, const ReaderParameters& parameters) {
+  const FirstFields first(lines, parameters);
+  const std::string_view group = findGroup(first.tables, lines.size());
+  TableGuess guess;
+  guess.isMultiTable = true;
+  if (!first.marked.empty()) {
+    guess.reason = "heading lines such as " + makePrintable(first.marked) + " name tables";
+  } else if (first.hasOwnMark) {
+    guess.isMultiTable = false;
     guess.reason = "heading lines begin with | and no table's name";
-  } else if (!marked.empty()) {
-    guess.isMultiTable = true;
-    guess.reason = "heading lines such as " + makePrintable(marked) + " name tables";
-  } else if (hasDirective) {
-    guess.isMultiTable = true;
+  } else if (first.hasDirective) {
     guess.reason = "a directive table is there";
-  } else if (areGrouped) {
-    guess.isMultiTable = true;
-    guess.reason = "first fields such as " + makePrintable(largest) + " come again, each with its number of fields";
+  } else if (!group.empty()) {
+    guess.reason = "first fields such as " + makePrintable(group) + " come again, each with its number of fields";
   } else {
+    guess.isMultiTable = false;
     guess.reason = "first fields do not name tables";
   }
   if (!guess.isMultiTable) return guess;
-  guess.isSplit = !returned.empty();
-  guess.splitReason =
-      guess.isSplit ? "table " + makePrintable(returned) + " comes back after another one" : "no table comes back";
+  guess.isSplit = !first.returned.empty();
+  guess.splitReason = guess.isSplit ? "table " + makePrintable(first.returned) + " comes back after another one"
+                                    : "no table comes back";
   return guess;
 }
 

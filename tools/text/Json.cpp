@@ -38,6 +38,10 @@ std::string toJson(std::string_view text) {
   return escapeRest(nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
+std::string toMember(std::string_view name, const std::string& value) { return toJson(name) + ": " + value; }
+
+std::string toObject(const std::vector<std::string>& members) { return "{" + join(members, ", ") + "}"; }
+
 std::string toJson(const std::vector<std::string>& texts) {
   std::vector<std::string> items;
   for (const std::string& text : texts) items.push_back(toJson(text));
