@@ -15,8 +15,8 @@ XelCsvCheckPass::XelCsvCheckPass(const XelCsvCheckContext& checked)
       again(checked),
       bytes(checked),
       quotes(checked),
-      tables(checked),
-      headings(checked, again),
+      tables(checked, zones),
+      headings(checked, again, zones),
       contents(checked),
       keys(checked, again),
       columns(checked, again) {}

@@ -11,6 +11,7 @@
 #include "check/XelCsvLineAgain.h"
 #include "check/XelCsvQuoteChecks.h"
 #include "check/XelCsvTableChecks.h"
+#include "check/XelCsvZones.h"
 #include "csv/line/XelCsvLines.h"
 
 // Reads the lines as the library does, finds the table of each, and shows it to the groups of checks.
@@ -39,6 +40,7 @@ class XelCsvCheckPass {
   XelCsvLineAgain again;
   XelCsvByteChecks bytes;
   XelCsvQuoteChecks quotes;
+  XelCsvZones zones;
   XelCsvTableChecks tables;
   XelCsvHeadingChecks headings;
   XelCsvContentChecks contents;

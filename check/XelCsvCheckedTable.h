@@ -42,9 +42,9 @@ struct XelCsvCheckedTable {
   // The heading zone: as long as it lasts, lines are headings or keys.
   bool isStarted = false;  // the first line was looked at
   bool isInZone = true;
-  long zone = 0;                        // see XelCsvHeadingChecks
-  std::vector<XelCsvLineMark> foreign;  // marked lines of other tables in it, not taken yet
-  bool hasLostZone = false;             // a comment in front of it ended it
+  long zone = 0;              // in which it began
+  std::size_t zoneLines = 0;  // heading and key lines of whatever table that came before or that it has taken
+  bool hasLostZone = false;   // a comment in front of it ended it
   bool hasHeadingLine = false;
   bool hasKeyLine = false;
   std::vector<std::string> headings;  // by the position of their column

@@ -33,15 +33,15 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, 
   if (!table.isStarted) start(table, fields.getCount());
   const std::string_view first = textOf(fields.getField(0));
   const bool hasBar = holds(first, "|");
-  if (!table.foreign.empty()) takeForeign(table);
-  if (!hasBar) endZones();
-  if (table.isInZone && table.zone != zones) closeZone(table);
+  if (zones.findForeign(table) != nullptr) takeForeign(table);
+  if (!hasBar) zones.end();
+  if (table.isInZone && zones.isOver(table)) closeZone(table);
   if (isFirstLinePending) checkFirstLine(table, hasBar && isMarkedInAnyCase(first));
   if (!hasBar) {
     table.hasLostZone = false;
     return Kind::Data;
   }
-  if (isMarked(first)) offerToOthers(table, line);
+  if (context.isSplit() && isMarked(first)) zones.add(table, line.getMark(), holds(first, "KEYS"));
   if (!table.isInZone) {
     if (context.isSplit()) return checkSkipped(table, line, isMarkedInAnyCase(first));
     return isMarkedInAnyCase(first) ? checkLostHeading(table, line, fields) : Kind::Data;
@@ -54,38 +54,27 @@ XelCsvHeadingChecks::Kind XelCsvHeadingChecks::check(XelCsvCheckedTable& table, 
 
 void XelCsvHeadingChecks::start(XelCsvCheckedTable& table, long columns) {
   table.isStarted = true;
-  table.zone = zones;
   table.columns = columns;
-  if (context.isSplit()) open.push_back(&table);
-}
-
-void XelCsvHeadingChecks::endZones() noexcept {
-  ++zones;
-  open.clear();
-}
-
-// The library goes on with the zone of a table only as long as more of its lines come, which is not known yet.
-void XelCsvHeadingChecks::offerToOthers(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line) {
-  for (XelCsvCheckedTable* other : open) {
-    if (other != &table) other->foreign.push_back(line.getMark());
-  }
+  zones.start(table);
 }
 
 // More lines of the table have come. Key columns of other tables are keys of this one; headings of other tables are told,
 // and left alone otherwise, so that lines are compared with what they were meant for.
 void XelCsvHeadingChecks::takeForeign(XelCsvCheckedTable& table) {
   if (context.findings.takes(XelCsvCode::ForeignHeading, table.name)) {
-    const XelCsvCheckedLine line = again.read(table.foreign.front());
+    const XelCsvCheckedLine line = again.read(zones.findForeign(table)->mark);
     context.findings.report(XelCsvCode::ForeignHeading, XelPlaceOf(line, line.getContent()),
                             "with table splitting the heading zone of table " + XelQuoted(table.name) +
                                 " goes on over this line: its headings or keys read silently as those of that table");
   }
-  for (const XelCsvLineMark& mark : table.foreign) {
-    const XelCsvCheckedLine line = again.read(mark);
+  constexpr long MostKeyLines = 1000;  // of thousands of tables that begin together, more would take too long
+  long keyLines = 0;
+  while (const XelCsvZones::Line* const foreign = zones.takeForeign(table)) {
+    if (!foreign->isKeyLine || ++keyLines > MostKeyLines) continue;
+    const XelCsvCheckedLine line = again.read(foreign->mark);
     foreignFields.format(line.text);
-    if (holds(textOf(foreignFields.getField(0)), "KEYS")) addKeyLine(table, line, foreignFields);
+    addKeyLine(table, line, foreignFields);
   }
-  table.foreign.clear();
 }
 
 void XelCsvHeadingChecks::passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line,
@@ -97,7 +86,7 @@ void XelCsvHeadingChecks::passFirstLine(XelCsvCheckedTable& table, const XelCsvC
     return;
   }
   start(table, fields.getCount());
-  endZones();
+  zones.end();
   table.hasLostZone = true;
   firstLine = line.getMark();
   isFirstLinePending = true;

@@ -5,12 +5,13 @@
 #include "check/XelCsvCheckedTable.h"
 #include "check/XelCsvFields.h"
 #include "check/XelCsvLineAgain.h"
+#include "check/XelCsvZones.h"
 
 class XelCsvHeadingChecks {
  public:
-  // Both must outlive it.
-  XelCsvHeadingChecks(const XelCsvCheckContext& checked, XelCsvLineAgain& lookBack)
-      : context(checked), again(lookBack), foreignFields(checked.env, checked.format) {}
+  // All three must outlive it.
+  XelCsvHeadingChecks(const XelCsvCheckContext& checked, XelCsvLineAgain& lookBack, XelCsvZones& zonesOfTables)
+      : context(checked), again(lookBack), zones(zonesOfTables), foreignFields(checked.env, checked.format) {}
 
   // What a line is.
   enum class Kind {
@@ -27,15 +28,13 @@ class XelCsvHeadingChecks {
   void passFirstLine(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, XelCsvFields& fields);
 
   // A line that belongs to no table.
-  void passOtherLine() noexcept { endZones(); }
+  void passOtherLine() noexcept { zones.end(); }
 
   // The table has no more lines.
   void finish(XelCsvCheckedTable& table) { closeZone(table); }
 
  private:
   void start(XelCsvCheckedTable& table, long columns);
-  void endZones() noexcept;
-  void offerToOthers(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line);
   void takeForeign(XelCsvCheckedTable& table);
   void closeZone(XelCsvCheckedTable& table);
   Kind checkLostHeading(XelCsvCheckedTable& table, const XelCsvCheckedLine& line, const XelCsvFields& fields);
@@ -55,10 +54,7 @@ class XelCsvHeadingChecks {
 
   const XelCsvCheckContext& context;
   XelCsvLineAgain& again;
-  // Grows with every line that ends heading zones. The library reads the zone of a table without a look at whose lines
-  // come, so a line of another table may end it: a zone is over when this is not what it was when the table began.
-  long zones = 0;
-  std::vector<XelCsvCheckedTable*> open;  // with table splitting: the tables that began since then
+  XelCsvZones& zones;
   XelCsvFields foreignFields;
   XelCsvLineMark firstLine;  // of a one-table file, when it is a comment or empty
   bool isFirstLinePending = false;

@@ -6,7 +6,8 @@
 #include "check/XelCsvMessage.h"
 #include "check/XelCsvNames.h"
 
-XelCsvTableChecks::XelCsvTableChecks(const XelCsvCheckContext& checked) : context(checked) {
+XelCsvTableChecks::XelCsvTableChecks(const XelCsvCheckContext& checked, const XelCsvZones& zonesOfTables)
+    : context(checked), zones(zonesOfTables) {
   if (context.parameters.isMultiTable) return;
   tables.push_back(std::make_unique<XelCsvCheckedTable>(context.env, std::string()));
   current = tables.back().get();
@@ -57,7 +58,7 @@ XelCsvCheckedTable* XelCsvTableChecks::comeBack(const std::string& name, Name& k
   const bool isSplit = context.isSplit();
   const XelCsvCode code = isSplit ? XelCsvCode::SplitTable : XelCsvCode::DuplicateTable;
   // Where heading lines of other tables stand between, that is told of them.
-  const bool isForeign = isSplit && !tables[static_cast<std::size_t>(known.index)]->foreign.empty();
+  const bool isForeign = isSplit && zones.findForeign(*tables[static_cast<std::size_t>(known.index)]) != nullptr;
   if (!known.isTold && !isForeign && context.findings.takes(code, name)) {
     const std::string back = "table " + XelQuoted(name) + " of line " + std::to_string(known.first.line) +
                              " comes back behind another table: ";

@@ -8,13 +8,14 @@
 
 #include "check/XelCsvCheckContext.h"
 #include "check/XelCsvCheckedTable.h"
+#include "check/XelCsvZones.h"
 
 // Finds the table of each line as the directory of the library does. Tells when a table is complete, so that in a file
 // without table splitting no more than one is kept.
 class XelCsvTableChecks {
  public:
-  // The context must outlive it.
-  explicit XelCsvTableChecks(const XelCsvCheckContext& checked);
+  // Both must outlive it.
+  XelCsvTableChecks(const XelCsvCheckContext& checked, const XelCsvZones& zonesOfTables);
 
   // The table of a line that is neither a comment nor empty, null when it has none. It lives until the next call, with
   // table splitting as long as this.
@@ -50,6 +51,7 @@ class XelCsvTableChecks {
   void reportQuotedName(const XelCsvCheckedLine& line, const XelCsvSpan& name);
 
   const XelCsvCheckContext& context;
+  const XelCsvZones& zones;
   std::unordered_map<std::string, Name> names;
   std::vector<std::unique_ptr<XelCsvCheckedTable>> tables;  // with table splitting all, else the current one
   XelCsvCheckedTable* current = nullptr;
