@@ -77,7 +77,7 @@ int runCommand(Command& command, const std::vector<std::string>& words) {
   } catch (const UserError& problem) {
     session.complain(problem.what());
   } catch (const XelQuietException& problem) {
-    const std::string file = session.getFile();
+    const std::string& file = session.getFile();
     const std::string text = getText(problem);
     const bool namesFile = file.empty() || text.find(file) != std::string::npos;
     session.complain(makePrintable((namesFile ? "" : file + ": ") + text) + getAdvice(problem));

@@ -95,6 +95,7 @@ void Tables::writeJson(Output& output, const Directives& directives, const std::
                        bool isMultiTable) const {
   const auto makeNullable = [](const std::string& value) { return value.empty() ? "null" : toJson(value); };
   std::vector<std::string> lines;
+  lines.reserve(tables.size());
   for (const TableFacts& table : tables) {
     lines.push_back(
         "\n    " +

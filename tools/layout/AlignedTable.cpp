@@ -82,7 +82,8 @@ void AlignedTable::writeRow(Output& output, const Painter& painter, const std::v
   std::size_t blanks = 0;  // not written yet
   for (std::size_t column = 0; column < shown; ++column) {
     const std::size_t width = layouts[column].width;
-    std::string_view cell = column < cells.size() ? std::string_view(cells[column]) : std::string_view();
+    std::string_view cell;
+    if (column < cells.size()) cell = cells[column];
     std::size_t used = getWidth(cell);
     std::string cut;
     if (isCut && used > width) {

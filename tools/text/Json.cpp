@@ -44,6 +44,7 @@ std::string toObject(const std::vector<std::string>& members) { return "{" + joi
 
 std::string toJson(const std::vector<std::string>& texts) {
   std::vector<std::string> items;
+  items.reserve(texts.size());
   for (const std::string& text : texts) items.push_back(toJson(text));
   return "[" + join(items, ", ") + "]";
 }
