@@ -42,7 +42,7 @@ void OptionSet::addSwitch(const std::string& yes, const std::string& no, std::op
   parser->app.add_flag_function(yes, [&target](std::int64_t) { target = true; });
   parser->app.add_flag_function(no, [&target](std::int64_t) { target = false; });
   note(OptionText::Kind::Flag, yes, "", text);
-  note(OptionText::Kind::Flag, no, "", "the opposite of " + yes);
+  note(OptionText::Kind::Flag, no, "", "the opposite of --" + texts.back().getLongName());
 }
 
 void OptionSet::addText(const std::string& names, const std::string& value, std::optional<std::string>& target,

@@ -1,6 +1,5 @@
 #include "tools/text/Number.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace xeltools {
@@ -84,18 +83,19 @@ bool isPlainReal(std::string_view text) {
          std::labs(getExponent(text)) <= exponentThatStays;
 }
 
+// In tenths of the unit, for the point of a real number would follow the locale.
 std::string formatBytes(long bytes) {
-  const char* const units[] = {"kB", "MB", "GB", "TB"};
   if (bytes < 1000) return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-  double value = static_cast<double>(bytes) / 1000;
-  std::size_t unit = 0;
-  while (value >= 999.95 && unit < 3) {
-    value /= 1000;
-    ++unit;
+  const auto countTenths = [&](long unit) { return (bytes * 10 + unit / 2) / unit; };
+  long unit = 1000;
+  std::string name = "kB";
+  for (const char* const larger : {"MB", "GB", "TB"}) {
+    if (countTenths(unit) < 10000) break;
+    unit *= 1000;
+    name = larger;
   }
-  char text[32];
-  std::snprintf(text, sizeof text, "%.1f %s", value, units[unit]);
-  return text;
+  const long tenths = countTenths(unit);
+  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " " + name;
 }
 
 }  // namespace xeltools
