@@ -83,7 +83,7 @@ class Convert : public Command {
   const CommandText& getText() const override {
     static const CommandText text = {
         "convert",
-        "write a file in other formats, or make one of them",
+        "write other formats, or make a file of plain CSV",
         {"With --to, writes one table or all: csv and tsv with a line of headings (of several tables, each line begins with "
          "its table's name), json as one object, jsonl as an object for each line, markdown as tables, sqlite as a database "
          "with a table for each table, whose primary key is that of the key line, dir as a folder with a CSV file for "

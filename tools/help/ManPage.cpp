@@ -49,6 +49,12 @@ std::string formatOption(const OptionText& option) {
   return ".TP\n" + formatTerm(option) + "\n" + escapeRoff(option.text) + "\n";
 }
 
+std::string formatParagraphs(const std::vector<std::string>& paragraphs) {
+  std::string text;
+  for (const std::string& paragraph : paragraphs) text += (text.empty() ? "" : ".PP\n") + escapeRoff(paragraph) + "\n";
+  return text;
+}
+
 }  // namespace
 
 std::string formatManPage(const std::vector<std::unique_ptr<Command>>& commands) {
@@ -61,7 +67,7 @@ std::string formatManPage(const std::vector<std::unique_ptr<Command>>& commands)
     const CommandText& text = command->getText();
     const std::vector<OptionText> options = collectOptions(*command);
     page += ".SS " + escapeRoff(formatUsage(text.name, options)) + "\n";
-    for (const std::string& paragraph : text.paragraphs) page += ".PP\n" + escapeRoff(paragraph) + "\n";
+    page += formatParagraphs(text.paragraphs);
     for (const OptionText& option : options) {
       if (option.group == "Options") page += formatOption(option);
       if (text.name == "show" && option.group != "Options") common.push_back(option);
@@ -78,7 +84,7 @@ std::string formatManPage(const std::vector<std::unique_ptr<Command>>& commands)
   }
   for (const Topic& topic : getTopics()) {
     page += ".SH " + toUpper(topic.title) + "\n";
-    for (const std::string& paragraph : topic.paragraphs) page += ".PP\n" + escapeRoff(paragraph) + "\n";
+    page += formatParagraphs(topic.paragraphs);
   }
   return page;
 }
