@@ -19,12 +19,12 @@ const char* XelGetSeverityName(XelCsvSeverity severity) noexcept;
 
 // How the file is to be read: what the constructor of XelCsvReader is told, with the same defaults.
 struct XelCsvCheckParameters {
-  bool isMultiTable = false;
-  bool allowTableSplitting = false;
-  std::string separators = ",";
-  char decimal = '.';
-  char quote = '"';
-  char comment = '#';
+  bool isMultiTable = false;         // whether the file holds many tables, each line beginning with the name of its own
+  bool allowTableSplitting = false;  // whether other tables may stand between the lines of one
+  std::string separators = ",";      // the characters that end a field, one or several
+  char decimal = '.';                // what stands for the point in a number
+  char quote = '"';                  // what text with separators stands between
+  char comment = '#';                // what a line of comment begins with
 };
 
 // One finding. Its place is a stretch of bytes of the file, or the whole file. Under the excerpt a caret belongs under byte
@@ -54,16 +54,16 @@ struct XelCsvCheckOptions {
 
 // Findings of one code in one table that were counted and not reported, because of maxAlike.
 struct XelCsvOmitted {
-  const char* code = "";
-  std::string table;
-  long count = 0;
+  const char* code = "";  // as in the findings
+  std::string table;      // as in the findings
+  long count = 0;         // findings that were counted only
 };
 
 // What a run says at its end.
 struct XelCsvCheckResult {
-  long errors = 0;  // findings by severity, the omitted ones included
-  long warnings = 0;
-  long notes = 0;
+  long errors = 0;      // findings by severity, the omitted ones included
+  long warnings = 0;    // the same
+  long notes = 0;       // the same
   long reported = 0;    // findings handed to the caller
   bool isWhole = true;  // false when the caller, maxFindings or text in UTF-16 ended the check before the file's end
   long bytes = 0;       // bytes that were read
