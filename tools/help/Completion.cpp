@@ -16,6 +16,13 @@ std::vector<std::string> listNames(const Commands& commands) {
   return names;
 }
 
+// Scripts are put together of literals and names.
+std::string concatenate(std::initializer_list<std::string_view> parts) {
+  std::string whole;
+  for (const std::string_view part : parts) whole += part;
+  return whole;
+}
+
 std::string listOptions(const std::vector<OptionText>& options) {
   std::vector<std::string> names;
   for (const OptionText& option : options) {
@@ -52,12 +59,12 @@ std::string formatBash(const Commands& commands) {
     for (const OptionText& option : texts) {
       const std::string words = listOperands(commands, option);
       if (words.empty()) continue;
-      const std::string pattern =
-          option.kind == OptionText::Kind::Operand ? name + ":" + name : name + ":--" + option.getLongName();
-      script += "    " + pattern + ") mapfile -t COMPREPLY < <(compgen -W \"" + words + "\" -- \"$word\"); return ;;\n";
+      const std::string before = option.kind == OptionText::Kind::Operand ? name : "--" + option.getLongName();
+      script += concatenate({"    ", name, ":", before, ") mapfile -t COMPREPLY < <(compgen -W \"", words,
+                             "\" -- \"$word\"); return ;;\n"});
     }
-    options +=
-        "      " + name + ") mapfile -t COMPREPLY < <(compgen -W \"" + listOptions(texts) + "\" -- \"$word\") ;;\n";
+    options += concatenate(
+        {"      ", name, ") mapfile -t COMPREPLY < <(compgen -W \"", listOptions(texts), "\" -- \"$word\") ;;\n"});
   }
   return script +
          "  esac\n"
@@ -103,7 +110,7 @@ std::string formatZsh(const Commands& commands) {
       }
       for (const std::string& name : split(option.names, ',')) {
         const std::string value = option.value.empty() ? "" : ":" + escapeZsh(option.value) + ":" + values;
-        script += "        '" + name + "[" + escapeZsh(option.text) + "]" + value + "' \\\n";
+        script += concatenate({"        '", name, "[", escapeZsh(option.text), "]", value, "' \\\n"});
       }
     }
     script += "        && return\n      ;;\n";
@@ -124,7 +131,7 @@ std::string formatFish(const Commands& commands) {
     for (const OptionText& option : collectOptions(*command)) {
       const std::string words = listOperands(commands, option);
       if (option.kind == OptionText::Kind::Operand) {
-        if (!words.empty()) script += condition + " -f -a '" + words + "'\n";
+        if (!words.empty()) script += concatenate({condition, " -f -a '", words, "'\n"});
         continue;
       }
       script += condition;
