@@ -115,13 +115,13 @@ class XelCsvCheck {
 
 // A small data file and how it is to be read.
 struct XelCsvCheckExample {
-  std::string bytes;
-  XelCsvCheckParameters parameters;
+  std::string bytes;                 // of the whole file
+  XelCsvCheckParameters parameters;  // that the reader is told
 };
 
 // A kind of finding: an entry of the catalogue. Texts are plain sentences in ASCII without line breaks.
 struct XelCsvCheckCode {
-  const char* code;
+  const char* code;                   // its name, such as "ragged"
   XelCsvSeverity severity;            // at worst
   const char* title;                  // a few words, no full stop
   const char* explanation;            // what is in such a file, and how it comes about
