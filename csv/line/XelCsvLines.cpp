@@ -91,6 +91,8 @@ void XelCsvLines::fill() {
   const long wanted = expected > 0 ? std::min(expected, size - filled) : size - filled;
   const long came = file.read(block.get() + filled, wanted);
   filled += came;
+  // Padding has a value, though none that counts: what a formatter finds there is the same in every run.
+  std::memset(block.get() + filled, 0, XelTextPadding);
   // A short block is not yet the end: a file may grow while it is read.
   fileEnded = came == 0 || file.hasFailed();
 }

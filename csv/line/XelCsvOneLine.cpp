@@ -19,6 +19,7 @@ const char* findEnd(const char* begin, long came) noexcept {
 XelCsvSpan XelReadOneLine(XelCsvFile& file, char* block) noexcept {
   char* const near = block + XelLineSize - XelShortLine - XelTextPadding;
   const long came = file.read(near, XelShortLine);
+  std::memset(near + came, 0, XelTextPadding);  // what a formatter finds there is the same in every run
   if (const char* end = findEnd(near, came)) return {near, end};
   if (came < XelShortLine) return {near, file.hasFailed() ? near : near + came};
   std::memcpy(block, near, XelShortLine);
