@@ -1,5 +1,6 @@
 // Findings about the values of columns, and that the library does what they say.
 #include "tests/check/Checking.h"
+#include "tests/support/DecimalPoint.h"
 
 namespace {
 
@@ -100,6 +101,7 @@ TEST(NotANumber, IsNoEmptyFieldAndNoSpellingOfInfinity) {
 }
 
 TEST(TrailingText, IsIgnored) {
+  const DecimalPoint point;
   CheckedFile file("|NAMES,weight\n" + numbers(4) + "5.5 kg\n", oneTable());
   EXPECT_EQ(file.show(),
             "6:1 warning trailing-text: \"5.5 kg\" in column \"weight\", a column of numbers, reads silently as 5.5\n");
@@ -108,6 +110,7 @@ TEST(TrailingText, IsIgnored) {
 }
 
 TEST(DecimalMismatch, OfACommaEndsTheNumber) {
+  const DecimalPoint point;
   CheckedFile file("|NAMES;price\n3,5\n1.234,5\n4,25\n", oneTable(";"));
   EXPECT_EQ(
       file.show(),
@@ -117,6 +120,7 @@ TEST(DecimalMismatch, OfACommaEndsTheNumber) {
 }
 
 TEST(DecimalMismatch, OfAPointIsReadAsDecimalPoint) {
+  const DecimalPoint point;
   CheckedFile file("|NAMES;price\n1.234\n2,5\n1.234.567,8\n3,5\n", germanNumbers());
   EXPECT_EQ(
       file.show(),

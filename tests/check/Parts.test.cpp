@@ -8,6 +8,7 @@
 #include "check/XelCsvMessage.h"
 #include "check/XelCsvNumberKind.h"
 #include "tests/check/Checking.h"
+#include "tests/support/DecimalPoint.h"
 
 namespace {
 
@@ -110,6 +111,7 @@ TEST(KindOfNumber, KnowsNumbersOfTheLibrary) {
 }
 
 TEST(ShowNumber, IsWhatTheLibraryReads) {
+  const DecimalPoint point;
   for (const char* text : {"12abc", "1.5 kg", "-3,5", "1e5x", "1ex", ".5x", "x", "", "+7"}) {
     EXPECT_EQ(std::stod(XelShowNumber(spanOf(text))), std::strtod(text, nullptr)) << text;
   }
