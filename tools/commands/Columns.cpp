@@ -1,4 +1,6 @@
 // xelcsv headers, keys and count: small questions about one table or all.
+#include <utility>
+
 #include "tools/Command.h"
 #include "tools/DataFile.h"
 #include "tools/Errors.h"
@@ -35,13 +37,32 @@ class TableQuestion : public Command {
   std::optional<std::string> tableName;
 };
 
-// The name of a table is said where there may be several.
-std::vector<AlignedTable::Heading> makeHeadings(bool isNamed, std::vector<AlignedTable::Heading> headings) {
-  if (isNamed) headings.insert(headings.begin(), {"table"});
-  return headings;
-}
+// One that lists columns of each table, in a list for all; the name of a table is said where there may be several.
+class ColumnQuestion : public TableQuestion {
+ public:
+  int run(Session& session) override {
+    DataFile file(fileName, session.openSettings(fileName).getParameters());
+    remarkOnTables(session, file);
+    const bool isNamed = file.isMultiTable() && !tableName;
+    std::vector<AlignedTable::Heading> headings = getHeadings();
+    if (isNamed) headings.insert(headings.begin(), {"table"});
+    Rows rows;
+    for (const std::string& name : file.selectTables(tableName)) {
+      for (std::vector<std::string>& row : describe(Table(file, name))) {
+        if (isNamed) row.insert(row.begin(), makePrintable(name));
+        rows.push_back(std::move(row));
+      }
+    }
+    writeRows(session, headings, rows);
+    return Good;
+  }
 
-class Headers : public TableQuestion {
+ private:
+  virtual std::vector<AlignedTable::Heading> getHeadings() const = 0;
+  virtual Rows describe(const Table& table) const = 0;
+};
+
+class Headers : public ColumnQuestion {
  public:
   const CommandText& getText() const override {
     static const CommandText text = {
@@ -53,35 +74,26 @@ class Headers : public TableQuestion {
     return text;
   }
 
-  int run(Session& session) override {
-    DataFile file(fileName, session.openSettings(fileName).getParameters());
-    remarkOnTables(session, file);
-    const bool isNamed = file.isMultiTable() && !tableName;
-    Rows rows;
-    for (const std::string& name : file.selectTables(tableName)) addRows(file, name, isNamed, rows);
-    const auto headings =
-        makeHeadings(isNamed, {{"position", Look::Strong, true, true}, {"heading"}, {"key", Look::Strong, true}});
-    writeRows(session, headings, rows);
-    return Good;
+ private:
+  std::vector<AlignedTable::Heading> getHeadings() const override {
+    return {{"position", Look::Strong, true, true}, {"heading"}, {"key", Look::Strong, true}};
   }
 
- private:
-  static void addRows(DataFile& file, const std::string& name, bool isNamed, Rows& rows) {
-    const Table table(file, name);
+  Rows describe(const Table& table) const override {
+    Rows rows;
     for (const Column& column : table.getColumns()) {
       std::string order;
       for (std::size_t key = 0; key < table.getKeys().size(); ++key) {
         if (table.getKeys()[key] == column.position) order += (order.empty() ? "" : ",") + std::to_string(key);
       }
-      std::vector<std::string> row = {std::to_string(column.position),
-                                      column.heading ? makePrintable(*column.heading) : "(none)", order};
-      if (isNamed) row.insert(row.begin(), makePrintable(name));
-      rows.push_back(row);
+      rows.push_back(
+          {std::to_string(column.position), column.heading ? makePrintable(*column.heading) : "(none)", order});
     }
+    return rows;
   }
 };
 
-class Keys : public TableQuestion {
+class Keys : public ColumnQuestion {
  public:
   const CommandText& getText() const override {
     static const CommandText text = {
@@ -93,21 +105,17 @@ class Keys : public TableQuestion {
     return text;
   }
 
-  int run(Session& session) override {
-    DataFile file(fileName, session.openSettings(fileName).getParameters());
-    remarkOnTables(session, file);
-    const bool isNamed = file.isMultiTable() && !tableName;
+ private:
+  std::vector<AlignedTable::Heading> getHeadings() const override {
+    return {{"position", Look::Strong, true, true}, {"key"}};
+  }
+
+  Rows describe(const Table& table) const override {
     Rows rows;
-    for (const std::string& name : file.selectTables(tableName)) {
-      const Table table(file, name);
-      for (const long position : table.getKeys()) {
-        std::vector<std::string> row = {std::to_string(position), makePrintable(table.getColumnName(position))};
-        if (isNamed) row.insert(row.begin(), makePrintable(name));
-        rows.push_back(row);
-      }
+    for (const long position : table.getKeys()) {
+      rows.push_back({std::to_string(position), makePrintable(table.getColumnName(position))});
     }
-    writeRows(session, makeHeadings(isNamed, {{"position", Look::Strong, true, true}, {"key"}}), rows);
-    return Good;
+    return rows;
   }
 };
 
