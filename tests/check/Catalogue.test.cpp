@@ -11,7 +11,7 @@
 #include "xelcsv/XelCsvCheck.h"
 
 // What GoogleTest prints of a kind of finding; without it, the bytes of the struct, those that nobody wrote included.
-static void PrintTo(const XelCsvCheckCode& code, std::ostream* out) { *out << code.code; }
+static std::ostream& operator<<(std::ostream& out, const XelCsvCheckCode& code) { return out << code.code; }
 
 namespace {
 
