@@ -2,10 +2,10 @@
 #pragma once
 
 // The version of these headers, in parts and as text.
-#define XELCSV_VERSION_MAJOR 0
-#define XELCSV_VERSION_MINOR 1
+#define XELCSV_VERSION_MAJOR 1
+#define XELCSV_VERSION_MINOR 0
 #define XELCSV_VERSION_PATCH 0
-#define XELCSV_VERSION "0.1.0"
+#define XELCSV_VERSION "1.0.0"
 
 // XELCSV_BUILDING is defined while the library itself is compiled, XELCSV_STATIC for a program that links it
 // statically.
