@@ -267,6 +267,27 @@ TEST(Index, TellsKeysApartWhoseHashesAgreeInASlot) {
   EXPECT_GT(pairs, 10);
 }
 
+TEST(Index, FindsLinesWhoseSlotsGoOnAtTheFirstOne) {
+  // Keys whose home is the last slot, however many slots there are: more of them than fit between it and the end.
+  std::vector<std::string> keys;
+  for (long number = 0; keys.size() < 100; ++number) {
+    std::string key = std::to_string(number);
+    if (hashOf(key) >> 52 == 0xFFF) keys.push_back(std::move(key));
+  }
+  const auto makeKey = [&keys](long number) { return keys[static_cast<std::size_t>(number)]; };
+  for (long count = 1; count <= 100; ++count) {
+    TestEnv env;
+    XelCsvIndex index(env);
+    addLines(index, makeKey, count);
+    expectLines(index, makeKey, count);
+    index.trim();
+    expectLines(index, makeKey, count);
+    if (count < 100) {
+      EXPECT_EQ(index.find(makeKey(count).c_str()), nullptr);
+    }
+  }
+}
+
 TEST(Index, TakesBitsOfTheHashesWhenPlacesNeedThem) {
   const auto makeKey = Shapes[2].makeKey;
   for (const int placeBits : {1, 15, 16, 17, 20}) {
