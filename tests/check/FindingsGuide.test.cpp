@@ -16,16 +16,14 @@ const char* const Introduction =
 
 The library keeps silent about much that a data file may hold: it cuts long lines, lets quotes vanish, reads `12abc` as 12.
 Whoever prepares data files wants to know. `XelCsvCheck` of the library `xelcsv::check` reads a file once, as the library
-does, and tells what it finds: where it is, and what the library makes of it.
+does, and tells what it finds: where it is, and what the library makes of it. The header is `xelcsv/XelCsvCheck.h`
+([check_data.cpp](../examples/check_data.cpp)):
 
 ```cpp
-#include <xelcsv/XelCsvCheck.h>
-
-XelEnv env;
-for (const XelCsvFinding& finding : XelCsvCheck(env, "data.csv").collect()) {
+for (const XelCsvFinding& finding : XelCsvCheck(env, file).collect()) {
   std::cout << finding.line << ':' << finding.column << ": " << finding.message << " [" << finding.code << "]\n";
+  if (finding.severity == XelCsvSeverity::Error) mayRun = false;
 }
-env.end();
 ```
 
 ```cmake
