@@ -33,13 +33,7 @@ endif()
 
 configure_package_config_file(cmake/xelcsvConfig.cmake.in ${PROJECT_BINARY_DIR}/xelcsvConfig.cmake
   INSTALL_DESTINATION ${xelcsvPackageDir} NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
-# Before version 1 a new minor version may change what exists.
-if(PROJECT_VERSION_MAJOR EQUAL 0)
-  set(xelcsvCompatibility SameMinorVersion)
-else()
-  set(xelcsvCompatibility SameMajorVersion)
-endif()
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/xelcsvConfigVersion.cmake COMPATIBILITY ${xelcsvCompatibility})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/xelcsvConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/xelcsvConfig.cmake ${PROJECT_BINARY_DIR}/xelcsvConfigVersion.cmake
   DESTINATION ${xelcsvPackageDir} COMPONENT development)
 
@@ -62,3 +56,9 @@ install(FILES ${PROJECT_BINARY_DIR}/xelcsv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
   FILES_MATCHING PATTERN *.md PATTERN examples/*.cpp PATTERN examples/data/* PATTERN examples/expected/*)
+if(XELCSV_PAGES)
+  if(NOT EXISTS ${XELCSV_PAGES}/index.html)
+    message(FATAL_ERROR "There are no pages in ${XELCSV_PAGES}; ./dev docs makes them in build/docs/html")
+  endif()
+  install(DIRECTORY ${XELCSV_PAGES}/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation)
+endif()

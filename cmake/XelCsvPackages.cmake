@@ -1,9 +1,9 @@
 # Debian packages of the components: cpack in the build folder writes them into packages/. The names of the packages and
 # where files go are Debian's rules, so this is for a build whose prefix is /usr.
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" OR NOT XELCSV_INSTALL OR NOT XELCSV_BUILD_TOOLS
-    OR NOT TARGET xelcsv_static OR NOT TARGET xelcsv_shared)
+    OR NOT XELCSV_PAGES OR NOT TARGET xelcsv_static OR NOT TARGET xelcsv_shared)
   message(FATAL_ERROR "Debian packages hold everything, under /usr: CMAKE_INSTALL_PREFIX=/usr, XELCSV_INSTALL, "
-    "XELCSV_BUILD_STATIC, XELCSV_BUILD_SHARED, XELCSV_BUILD_TOOLS")
+    "XELCSV_BUILD_STATIC, XELCSV_BUILD_SHARED, XELCSV_BUILD_TOOLS, XELCSV_PAGES")
 endif()
 
 # The package of the library carries the number of its SONAME, so that two of them can be installed side by side.
@@ -63,7 +63,7 @@ xelcsv_describe_package(tools xelcsv utils "looks into, checks and converts CSV 
   "This program shows the tables, columns and lines of a data file, tells
 what is wrong with it, and converts it to and from other formats.")
 xelcsv_describe_package(documentation libxelcsv-doc doc "reader library for CSV data files - documentation"
-  "This package holds the guide, the file format, the messages, and example\nprograms.")
+  "This package holds the guide, the file format, the messages, example\nprograms, and all of it with the public headers as HTML pages.")
 
 # Packages of programs that are linked with the library learn here which package they need.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
