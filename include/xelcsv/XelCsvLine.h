@@ -36,12 +36,13 @@ class XELCSV_API XelCsvLine {
   // messages. Throws std::bad_alloc.
   XelCsvLine(const char* text, XelCsvTableReader tableReader, long lineNumber);
 
-  // Value of the field as a float; 0.0 when the field is empty or holds no number. "+INF", "+1.#INF", "+Inf" and
-  // "+Infinity" are XelGetInfinity(), with "-" its negative.
+  // Value of the field as a float; 0.0 when the field is empty or holds no number, text after the number is ignored.
+  // "+INF", "+1.#INF", "+Inf" and "+Infinity" are XelGetInfinity(), and so is a number too large for a double; with "-"
+  // its negative.
   double getFloatByPosition(long position) const;
 
-  // Value of the field as an integer; 0 when the field is empty or holds no number. Only 32-bit values are accepted,
-  // text after the digits is ignored. Throws XelOverflowException when the value does not fit in 32 bits.
+  // Value of the field as an integer, -2147483648 to 2147483647; 0 when the field is empty or holds no number. Text
+  // after the digits is ignored, a fraction too. Throws XelOverflowException when the value does not fit in 32 bits.
   long getIntByPosition(long position) const;
 
   // Text of the field, zero-terminated. The pointer is into the line and dies with it.
@@ -66,7 +67,7 @@ class XELCSV_API XelCsvLine {
   const char* getStringByPositionOrDefaultValue(long position, const char* value) const;
   const char* getStringByHeaderOrDefaultValue(const char* heading, const char* value) const;
 
-  // Whether the field is empty.
+  // Whether the field is empty; reads nothing and trims nothing. Throws as the getters do.
   bool emptyFieldByPosition(long position) const;
   bool emptyFieldByHeader(const char* heading) const;
 

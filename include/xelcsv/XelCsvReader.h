@@ -26,7 +26,7 @@
 // Using an empty handle is a mistake of the caller: an assertion where the library is built without NDEBUG.
 class XELCSV_API XelCsvReader {
  public:
-  // Base of the family; thrown itself for a corrupted file. Its message names the place.
+  // Base of the family; thrown itself for a corrupted file and for a pipe. Its message names the place.
   class XELCSV_API XelCsvReaderException : public XelQuietException {
    public:
     // Message and code as XelQuietException takes them.
@@ -54,8 +54,8 @@ class XELCSV_API XelCsvReader {
   XELCSV_EXCEPTION(XelIncorrectCsvReaderUseException);  // an operation of the other kind of file
   XELCSV_EXCEPTION(XelLineNotFoundException);           // no line of that number or key
   XELCSV_EXCEPTION(XelDuplicatedLineException);         // two lines of a cached table with the same key
-  XELCSV_EXCEPTION(XelOverflowException);               // an integer above 32 bits
-  XELCSV_EXCEPTION(XelNumberOfFieldsException);         // a line with another number of fields than its table
+  XELCSV_EXCEPTION(XelOverflowException);               // an integer that does not fit in 32 bits
+  XELCSV_EXCEPTION(XelNumberOfFieldsException);         // another number of fields than the table; never thrown yet
 #undef XELCSV_EXCEPTION
 
   class TableIterator;
@@ -67,23 +67,27 @@ class XELCSV_API XelCsvReader {
   // A handle over an existing implementation; null gives an empty handle.
   explicit XelCsvReader(XelCsvReaderI* reader) : impl(reader) {}
 
-  // Opens the file called fileName.
+  // A reader of the file called fileName.
   //
+  //   env                  where all that the reader makes lives; not an empty handle
+  //   fileName             as the system takes names: bytes, relative to the folder in which the process runs
   //   isMultiTable         non-zero: several tables, each line begins with its table's name; the file is scanned once.
   //                        Zero: the whole file is one table.
-  //   allowTableSplitting  non-zero: the lines of a table may be spread over the file
+  //   allowTableSplitting  non-zero: the lines of a table may be spread over the file. One table: of no account.
   //   separators           every character of it separates fields; with none each line is one field
-  //   decimal              the decimal point of numbers
-  //   quote                switches quoting; separators in quotes are text
+  //   decimal              the decimal point of numbers; becomes '.' in every field, in texts too
+  //   quote                switches quoting; separators in quotes are text, the quotes themselves vanish
   //   comment              a line that begins with it is skipped
   //   isCached             non-zero: tables keep an index of their lines, built in one pass, that finds them by key and
   //                        number; zero: each lookup scans the table
   //
-  // Throws XelFileNotFoundException when the file cannot be opened, XelCsvReaderParameterException when separators is
-  // null, a character is 0, or two of them clash, XelDuplicatedTableException when a table's name comes back without
-  // table splitting, XelCsvReaderException for a pipe; for a one-table file also what the constructor of
-  // XelCsvTableReader throws, but for the duplicated line: of two lines with one key the first is found and the index
-  // ends at the second.
+  // Name and separators are copied.
+  //
+  // Throws XelFileNotFoundException when the file cannot be opened or its name is null, XelCsvReaderParameterException
+  // when separators is null, a character is 0, or two of them clash, XelDuplicatedTableException when a table's name
+  // comes back without table splitting, XelCsvReaderException for a pipe; for a one-table file also what the
+  // constructor of XelCsvTableReader throws, but for the duplicated line: of two lines with one key the first is found
+  // and the index ends at the second.
   XelCsvReader(XelEnv env, const char* fileName, long isMultiTable = 0, long allowTableSplitting = 0,
                const char* separators = ",", char decimal = '.', char quote = '"', char comment = '#',
                long isCached = 1);
@@ -96,28 +100,31 @@ class XELCSV_API XelCsvReader {
 
   // ---- Files of several tables. On a one-table file these throw XelIncorrectCsvReaderUseException.
 
-  // A new reader of a table, which the caller ends. Numbers count from 0 in the order of the file, reserved tables
-  // included. Throws XelTableNotFoundException and what the constructor of XelCsvTableReader throws.
+  // A new reader of a table, which the caller ends. Names are compared byte for byte. Numbers count from 0 in the order
+  // of the file, reserved tables included, which getNumberOfTables() leaves out. Throws XelTableNotFoundException when
+  // there is no table of this name (null included) or number, and what the constructor of XelCsvTableReader throws.
   XelCsvTableReader getTableByName(const char* name);
   XelCsvTableReader getTableByNumber(long number);
 
-  // Field 1 of line 0 of the table XELO_CSV_FORMAT, read from the file each time. This and the two below throw
-  // XelTableNotFoundException when the file has no such table, XelFieldNotFoundException when its line has no such
-  // field, and what getTableByName and XelCsvTableReader::getLineByNumber throw.
+  // Field 1 of line 0 of the table XELO_CSV_FORMAT, as a number as XelCsvLine::getFloatByPosition reads it, from the
+  // file each time. This and the two below throw XelTableNotFoundException when the file has no such table,
+  // XelFieldNotFoundException when its line has no such field, and what getTableByName and
+  // XelCsvTableReader::getLineByNumber throw.
   double getCsvFormat();
 
-  // Field 2 and field 1 of line 0 of the table XELO_DATA_SCHEMA, read once. The text lives as long as the reader. When
-  // field 2 is missing the first call throws, but the text is known from then on, and the version is 0.0.
+  // Field 2 as a number and field 1 as a text of line 0 of the table XELO_DATA_SCHEMA, read once. The text is trimmed,
+  // zero-terminated, and lives as long as the reader. When field 2 is missing the first call throws, but the text is
+  // known from then on, and the version is 0.0.
   double getFileVersion();
   const char* getRequiredBy();
 
   // ---- Files of one table. On a file of several tables these throw XelIncorrectCsvReaderUseException.
 
-  // The table itself; it stays with the reader.
+  // The table itself, lent: it lives as long as the reader.
   XelCsvTableReader getReaderForUniqueTableFile() const;
 
-  // As the operations of XelCsvTableReader, for the one table. Lines belong to this handle and live until its next
-  // lookup.
+  // As the operations of XelCsvTableReader, exceptions included, for the one table. The line of a lookup belongs to
+  // this handle and lives until its next lookup, or its end().
   XelCsvLine getLineByNumber(long number);
   XelCsvLine getLineByKey(long numberOfKeys, const char* key, ...);
   long getNumberOfItems();
@@ -137,7 +144,7 @@ class XELCSV_API XelCsvReader {
   // Number of tables, without XELO_CSV_FORMAT and XELO_DATA_SCHEMA at the start of the file. 1 for a one-table file.
   long getNumberOfTables() const;
 
-  // Whether the file has a table of this name. A one-table file has none.
+  // Whether the file has a table of this name, a reserved one included. A one-table file has none, and null names none.
   bool isTableExists(const char* name) const;
 
   // The environment that the reader lives in.
@@ -167,7 +174,8 @@ class XELCSV_API XelCsvReader {
 //
 //   for (XelCsvReader::TableIterator it(reader); it.ok(); ++it) use(*it);
 //
-// The reader must outlive the walk. A copy stands on the same table with a table reader of its own.
+// The reader must outlive the walk. A copy stands on the same table with a table reader of its own, so that copying and
+// assigning throw what getTableByName throws.
 class XELCSV_API XelCsvReader::TableIterator : public XelCsvTableIteratorI {
  public:
   // An iterator over nothing; ok() is false.
@@ -177,11 +185,12 @@ class XELCSV_API XelCsvReader::TableIterator : public XelCsvTableIteratorI {
   // throws for the table.
   explicit TableIterator(XelCsvReader reader);
 
-  // The current table, lent: it lives until the next ++ or end(). An empty handle when there is none.
+  // The current table, lent: it lives until the next ++ or end(), and no longer than the iterator. An empty handle when
+  // there is none.
   XelCsvTableReader operator*() const;
 
   // Goes to the next table. When it cannot be made, its exception comes through, *it is an empty handle, and the next
-  // ++ goes on to the table after it.
+  // ++ goes on to the table after it. An iterator that has gone past the last table stays so.
   TableIterator& operator++() override;
 
   // Whether the iterator stands on a table. After end() it answers what it answered before.
@@ -197,13 +206,14 @@ class XELCSV_API XelCsvReader::LineIterator {
   // An iterator over nothing; ok() is false.
   LineIterator() = default;
 
-  // Stands on the first line. Throws XelIncorrectCsvReaderUseException on a file of several tables.
+  // Stands on the first line. Throws XelIncorrectCsvReaderUseException on a file of several tables, and what the
+  // constructor of XelCsvTableReader::LineIterator throws.
   explicit LineIterator(XelCsvReader reader);
 
   // The current line; it belongs to the iterator and lives until the next ++. An empty handle when there is none.
   XelCsvLine operator*() const { return *lines; }
 
-  // Goes to the next line. An iterator that has ended stays so.
+  // Goes to the next line. An iterator that has ended stays so. Throws as the constructor does.
   LineIterator& operator++();
 
   // Whether the iterator stands on a line. After end() it answers what it answered before.

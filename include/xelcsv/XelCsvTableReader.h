@@ -30,11 +30,13 @@ class XELCSV_API XelCsvTableReader {
   // A handle over an existing table reader; null gives an empty handle.
   explicit XelCsvTableReader(XelCsvTableReaderI* tableReader);
 
-  // A new reader of the table called tableName, cached or not as the file reader is. Ended by the user.
-  // Throws XelTableNotFoundException, XelDuplicatedLineException when two lines of a cached table have the same key,
+  // A new reader of the table called tableName in the file of reader, which XelCsvReader::getImpl() gives and which is
+  // not null; cached or not as that is. Ended by the user. The name is compared byte for byte and not kept.
+  // Throws XelTableNotFoundException when the file has no such table (a one-table file has none, and null names none),
+  // XelDuplicatedLineException when two lines of a cached table have the same key,
   // XelCsvReaderException for a corrupted file and a line with fewer fields than there are key columns,
-  // XelFieldNotFoundException when a line of a cached table lacks a key field, XelOverflowException for a number of a
-  // key line above 32 bits.
+  // XelFieldNotFoundException when a line of a cached table lacks a key field, XelOverflowException when a number of
+  // a key line does not fit in 32 bits.
   XelCsvTableReader(XelCsvReaderI* reader, const char* tableName);
 
   XelCsvTableReader(const XelCsvTableReader& other);                 // shares the table; no last line
@@ -45,9 +47,9 @@ class XELCSV_API XelCsvTableReader {
 
   // The line whose key columns hold the given values, in the order of the columns: at least as many as there are key
   // columns, numberOfKeys in number, each a const char* (the compiler does not look: no number and no std::string);
-  // values beyond the key columns are not looked at. Values are joined with "-", and so are the fields of the lines,
-  // trimmed: "a-b" and "c" find the line "a", "b-c" too. The line belongs to this handle and lives until its next
-  // lookup. Values may point into the former last line.
+  // values beyond the key columns are not looked at. The values, which nothing trims, are joined with "-", and so are
+  // the trimmed fields of the lines: "a-b" and "c" find the line "a", "b-c" too. The line belongs to this handle and
+  // lives until its next lookup. Values may point into the former last line.
   // Throws XelLineNotFoundException when no line has this key, a value is null, or there are too few values;
   // a table that is not cached also XelCsvReaderException when a line that it reads, of whatever table, has fewer
   // fields than there are key columns, and XelFieldNotFoundException when one lacks a key field.
@@ -55,9 +57,10 @@ class XELCSV_API XelCsvTableReader {
 
   // The data line that is number lineNumber among the table's data lines, counted from 0; XelCsvLine::getLineNumber()
   // counts all lines of the file. It belongs to this handle and lives until its next lookup. Throws
-  // XelLineNotFoundException. A table that is not cached looks at its end only after counting a line: there the number
-  // getNumberOfItems() gives the line that follows the table, and where the table is a file of its own, or its last
-  // line ends the file without a line feed, every number from there on gives the last line again.
+  // XelLineNotFoundException when lineNumber is negative or not below getNumberOfItems(). But a table that is not
+  // cached looks at its end only after counting a line: there the number getNumberOfItems() gives the line that follows
+  // the table, or, behind the last line of the file, what is left of that: its first field alone. Where the table is a
+  // file of its own, or its last line ends the file without a line feed, every number from there on gives that field.
   XelCsvLine getLineByNumber(long lineNumber);
 
   // Whether the file reader makes cached tables, whose lines are found through an index in memory. A table that was
@@ -76,8 +79,9 @@ class XELCSV_API XelCsvTableReader {
   bool printKeys() const;
 
   // Position of the column with this heading, to be used with the getters by position. The leftmost wins.
-  // The mark in front of a one-table file's heading line is found too, at -1. Spaces around a heading do not count.
-  // Throws XelColumnHeaderNotFoundException when there is no heading line or no such heading.
+  // The mark in front of a one-table file's heading line is found too, at -1. Spaces around a heading in the file do
+  // not count; heading itself is taken as it is. Throws XelColumnHeaderNotFoundException when there is no heading line
+  // or no such heading.
   long getPosition(const char* heading) const;
 
   // The heading line, an empty handle when there is none (in a copy of a table without one, a line without fields). It
@@ -91,17 +95,20 @@ class XELCSV_API XelCsvTableReader {
   // lent, which stays as it was.
   void copy(const XelCsvTableReader& other);
 
-  // Number of columns: in a file of several tables the fields of the table's first line, its name included.
+  // Number of columns. In a file of several tables the fields of the table's first line, its name included. In a
+  // one-table file the fields behind the mark of the heading line, without one those behind the mark of the key line,
+  // without either the fields of the first line.
   long getNumberOfColumns() const;
 
-  // Number of data lines. A table that is not cached counts them in the file each time.
+  // Number of data lines. A table that is not cached counts them in the file each time. Where two lines of a cached
+  // one-table file have the same key, the second is the last that counts.
   long getNumberOfItems();
 
   // The environment that the table lives in.
   XelEnv getEnv() const;
 
   // Whether the table has a heading line with this heading, the mark in front of a one-table file's heading line
-  // included. Trims the spaces of the heading line's fields in place.
+  // included; compared as in getPosition(). Trims the spaces of the heading line's fields in place.
   bool isHeadingExists(const char* heading) const;
 
   // Destroys the last line, and the table unless it is lent. The handle is empty afterwards; twice is harmless. Other
@@ -145,7 +152,7 @@ class XELCSV_API XelCsvTableReader::LineIterator {
   // The current line; it belongs to the iterator and lives until the next ++. An empty handle when there is none.
   XelCsvLine operator*() const;
 
-  // Goes to the next line. An iterator that has ended stays so.
+  // Goes to the next line. An iterator that has ended stays so. Throws as the constructor does.
   LineIterator& operator++();
 
   // Whether the iterator stands on a line. After end() it answers what it answered before.
