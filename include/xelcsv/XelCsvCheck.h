@@ -23,19 +23,19 @@ struct XelCsvCheckParameters {
   bool allowTableSplitting = false;  // whether other tables may stand between the lines of one
   std::string separators = ",";      // the characters that end a field, one or several
   char decimal = '.';                // what stands for the point in a number
-  char quote = '"';                  // what text with separators stands between
+  char quote = '"';                  // what stands around a text with separators in it
   char comment = '#';                // what a line of comment begins with
 };
 
-// One finding. Its place is a stretch of bytes of the file, or the whole file. Under the excerpt a caret belongs under byte
-// offset - excerptOffset, which may be just behind it.
+// One finding. Its place is a stretch of bytes of the file, or the whole file. Whoever shows the excerpt sets a caret
+// under its byte offset - excerptOffset, counted from 0, which may be just behind its last.
 struct XelCsvFinding {
   const char* code = "";                           // of the catalogue, such as "ragged"; lives for ever
   XelCsvSeverity severity = XelCsvSeverity::Note;  // what the catalogue says, or less where it does less harm
   std::string file;                                // name of the file as it was given
   std::string table;                               // name of the table; empty where there is none
   long lineNumber = -1;  // as the library counts: from 0, a line of more than 9999 bytes as several; -1: the whole file
-  long line = 0;         // as people and editors count: line feeds before the place, and 1; 0: the whole file
+  long line = 0;         // as people and editors count: 1 for the first line of the file; 0: the whole file
   long column = 0;       // byte in that line, from 1; 0: the whole file
   long offset = 0;       // byte in the file, from 0
   long length = 0;       // bytes that it is about; 0: a place between bytes, or the whole file
@@ -91,19 +91,19 @@ using XelCsvProgress = std::function<bool(long bytes)>;
 //   env.end();
 //
 // Findings come in the order in which they become certain: mostly that of the file; that a number of a column of
-// numbers is none is certain only after enough lines, some are only at the table's end.
+// numbers is none is certain only after enough lines, some are only at the table's end. One thread at a time.
 class XelCsvCheck {
  public:
-  // Throws what the constructor of XelCsvReader throws for the file's name and the parameters: XelFileNotFoundException,
-  // XelCsvReaderParameterException, XelCsvReaderException for a pipe. Throws std::invalid_argument, whose text names the
+  // A check of the file called fileName. Throws what the constructor of XelCsvReader throws for the file's name and the
+  // parameters: XelFileNotFoundException, XelCsvReaderParameterException, XelCsvReaderException for a pipe. Throws std::invalid_argument, whose text names the
   // code, for a code in only or skip that the catalogue does not have. The environment must outlive the check.
   XelCsvCheck(XelEnv env, std::string fileName, XelCsvCheckParameters parameters = {}, XelCsvCheckOptions options = {});
 
-  // Reads the file and reports what it finds. May be run again. Throws XelFileNotFoundException when the file cannot be
-  // opened, std::bad_alloc, and whatever the functions throw.
+  // Reads the file and reports what it finds. May be run again. report must hold a function; progress may be empty.
+  // Throws XelFileNotFoundException when the file cannot be opened, std::bad_alloc, and whatever the functions throw.
   XelCsvCheckResult run(const XelCsvReport& report, const XelCsvProgress& progress = {}) const;
 
-  // All findings at once: for files that are small or clean.
+  // All findings at once, which are the caller's: for files that are small or clean. Throws as run() does.
   std::vector<XelCsvFinding> collect() const;
 
  private:

@@ -24,7 +24,7 @@
 
 // Owner of a handle, that is of anything with an operation end(): XelEnv, XelCsvReader, a table from getTableByName, a
 // line made by copy(). Ends it at the end of the scope, on every way out. Declared after what the handle needs, it is ended
-// before that: first the environment, then the reader, then its tables.
+// before that: declare the environment first, then the reader, then its tables.
 //
 // The guard stands for its handle: what takes a handle takes the guard too. A copy of the handle shares what is behind it
 // and is void when the guard has ended. What the guard ends nothing else may end, so give it a handle of its own. Moving
@@ -121,7 +121,7 @@ class XelRangeIterator {
   // The end of any walk.
   XelRangeIterator() = default;
 
-  // Where the walk of the range stands; for the range alone.
+  // Where the walk of the range stands; for the range alone, which must outlive the iterator.
   explicit XelRangeIterator(Range* walked) : range(walked) {}
 
   // The current line or table, lent until the next ++.
@@ -203,8 +203,8 @@ class XelLines {
   }
 
   XelCsvTableReader table;
-  std::optional<XelCsvTableReader::LineIterator>
-      place;  // where the walk is made, for assigning one would open the file twice
+  // Where the walk is made, for assigning one would open the file twice.
+  std::optional<XelCsvTableReader::LineIterator> place;
   XelCsvTableReader::LineIterator* walk = nullptr;  // null before the first begin()
   XelCsvLine current;
 };
@@ -444,8 +444,9 @@ template <class... Values>
   return XelComfortI::findByNumber(reader, number);
 }
 
-// The table of this name, a text as XelKeyValue takes it, ended at the end of the scope; none where the file has no such
-// table. All other exceptions of getTableByName come through, and also the one of a name that is null.
+// The table of this name, a text as XelKeyValue takes it, in a guard that ends it; none where the file has no such table.
+// The reader must outlive it. All other exceptions of getTableByName come through, and also the one of a name that is
+// null.
 template <class Name>
 [[nodiscard]] std::optional<XelScoped<XelCsvTableReader>> XelFindTable(XelCsvReader& reader, const Name& name) {
   static_assert(XelIsKeyText<Name>, "the name of a table is a text; XelFindTableByNumber takes numbers");

@@ -27,7 +27,10 @@ class XELCSV_API XelNonCachedCsvLineIteratorI {
   XelNonCachedCsvLineIteratorI& operator=(const XelNonCachedCsvLineIteratorI& other);
   virtual ~XelNonCachedCsvLineIteratorI();
 
+  // Starts at the first line.
   virtual void initIterator();
+
+  // Goes to the next line. An iterator that has ended stays so.
   virtual XelNonCachedCsvLineIteratorI& operator++();
 
   // Takes over the position of other, which has ended afterwards. In a one-table file the copy stands on the table's
@@ -72,7 +75,10 @@ class XELCSV_API XelCachedCsvLineIteratorI {
   XelCachedCsvLineIteratorI& operator=(const XelCachedCsvLineIteratorI& other);
   virtual ~XelCachedCsvLineIteratorI();
 
+  // Stands on the line of its place in the index, the first one unless it has moved.
   virtual void initIterator();
+
+  // Goes to the next line. An iterator that has ended stays so.
   virtual XelCachedCsvLineIteratorI& operator++();
 
   // Takes over the position of other, which has ended afterwards.
@@ -111,7 +117,10 @@ class XELCSV_API XelCsvTableIteratorI {
   XelCsvTableIteratorI& operator=(const XelCsvTableIteratorI& other);
   virtual ~XelCsvTableIteratorI();
 
+  // Starts at the first table.
   virtual void initIterator();
+
+  // Goes to the next table. An iterator that has ended stays so.
   virtual XelCsvTableIteratorI& operator++();
 
   // Stands on the table that other stands on, with a table reader of its own.
