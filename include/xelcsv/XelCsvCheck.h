@@ -10,8 +10,8 @@
 
 #include "xelcsv/XelEnv.h"
 
-// How bad a finding is. An error makes a call of the library throw, or makes data unreachable or wrong without a word; a
-// warning reads, but probably not as it was meant; a note reads as it was meant and is worth knowing.
+// How bad a finding is. An error makes a call of the library throw, or makes data unreachable or wrong without a word;
+// a warning reads, but probably not as it was meant; a note reads as it was meant and is worth knowing.
 enum class XelCsvSeverity { Note, Warning, Error };
 
 // "note", "warning" or "error".
@@ -95,8 +95,9 @@ using XelCsvProgress = std::function<bool(long bytes)>;
 class XelCsvCheck {
  public:
   // A check of the file called fileName. Throws what the constructor of XelCsvReader throws for the file's name and the
-  // parameters: XelFileNotFoundException, XelCsvReaderParameterException, XelCsvReaderException for a pipe. Throws std::invalid_argument, whose text names the
-  // code, for a code in only or skip that the catalogue does not have. The environment must outlive the check.
+  // parameters: XelFileNotFoundException, XelCsvReaderParameterException, XelCsvReaderException for a pipe. Throws
+  // std::invalid_argument, whose text names the code, for a code in only or skip that the catalogue does not have. The
+  // environment must outlive the check.
   XelCsvCheck(XelEnv env, std::string fileName, XelCsvCheckParameters parameters = {}, XelCsvCheckOptions options = {});
 
   // Reads the file and reports what it finds. May be run again. report must hold a function; progress may be empty.

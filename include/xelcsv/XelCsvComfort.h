@@ -1,6 +1,6 @@
-// Comfort for C++17 programs: a guard that ends handles, range-for over lines and tables, lookups by keys of any type that
-// need no count, and lookups that answer 'none'. A header and nothing else: the library knows nothing of it, and a program
-// that does not use it pays nothing.
+// Comfort for C++17 programs: a guard that ends handles, range-for over lines and tables, lookups by keys of any type
+// that need no count, and lookups that answer 'none'. A header and nothing else: the library knows nothing of it, and a
+// program that does not use it pays nothing.
 //
 //   XelScoped<XelEnv> env;
 //   XelScoped<XelCsvReader> reader(env, "transport.csv", 1);
@@ -23,12 +23,12 @@
 // ---- Ends.
 
 // Owner of a handle, that is of anything with an operation end(): XelEnv, XelCsvReader, a table from getTableByName, a
-// line made by copy(). Ends it at the end of the scope, on every way out. Declared after what the handle needs, it is ended
-// before that: declare the environment first, then the reader, then its tables.
+// line made by copy(). Ends it at the end of the scope, on every way out. Declared after what the handle needs, it is
+// ended before that: declare the environment first, then the reader, then its tables.
 //
-// The guard stands for its handle: what takes a handle takes the guard too. A copy of the handle shares what is behind it
-// and is void when the guard has ended. What the guard ends nothing else may end, so give it a handle of its own. Moving
-// hands the handle on; there is no copying. Costs one call of end().
+// The guard stands for its handle: what takes a handle takes the guard too. A copy of the handle shares what is behind
+// it and is void when the guard has ended. What the guard ends nothing else may end, so give it a handle of its own.
+// Moving hands the handle on; there is no copying. Costs one call of end().
 template <class Handle>
 class XelScoped final {
  public:
@@ -93,8 +93,8 @@ XelScoped(Handle) -> XelScoped<Handle>;
 
 // ---- Walks.
 
-// Iterator of XelLines and XelTables: an input iterator. Copies share one walk, and ++ of one moves them all; it++ copies
-// the line or table that it answers, so write ++it.
+// Iterator of XelLines and XelTables: an input iterator. Copies share one walk, and ++ of one moves them all; it++
+// copies the line or table that it answers, so write ++it.
 template <class Range>
 class XelRangeIterator {
  public:
@@ -155,9 +155,9 @@ class XelRangeIterator {
 //
 //   for (const XelCsvLine& line : XelLines(table)) use(line);
 //
-// A walk as by XelCsvTableReader::LineIterator, with its costs and exceptions and the lifetime of its lines: a line is lent
-// until the next ++. The table must outlive this object; ending the object, or coming to the end of the lines, closes the
-// file. One walk at a time: begin() starts again at the first line.
+// A walk as by XelCsvTableReader::LineIterator, with its costs and exceptions and the lifetime of its lines: a line is
+// lent until the next ++. The table must outlive this object; ending the object, or coming to the end of the lines,
+// closes the file. One walk at a time: begin() starts again at the first line.
 class XelLines {
  public:
   // What a walk yields, how, and by which iterator.
@@ -213,11 +213,11 @@ class XelLines {
 //
 //   for (XelCsvTableReader& table : XelTables(reader)) use(table);
 //
-// A walk as by XelCsvReader::TableIterator, with its costs and exceptions: a table, with the last line that was looked up
-// through it, is lent until the next ++. Take tables by reference: a line that is looked up through a copy of the handle
-// stays in memory until the copy is ended. The reader must outlive this object. One walk at a time: begin() starts again at
-// the first table. After an exception of ++ the walk stands on no table, and the next ++ goes on behind the table that could
-// not be made.
+// A walk as by XelCsvReader::TableIterator, with its costs and exceptions: a table, with the last line that was looked
+// up through it, is lent until the next ++. Take tables by reference: a line that is looked up through a copy of the
+// handle stays in memory until the copy is ended. The reader must outlive this object. One walk at a time: begin()
+// starts again at the first table. After an exception of ++ the walk stands on no table, and the next ++ goes on behind
+// the table that could not be made.
 class XelTables {
  public:
   // What a walk yields, how, and by which iterator.
@@ -276,16 +276,17 @@ inline constexpr bool XelIsKeyInteger =
 #endif
     !std::is_same_v<Value, wchar_t> && !std::is_same_v<Value, char16_t> && !std::is_same_v<Value, char32_t>;
 
-// Whether a value of this type is text that can be looked up: const char*, a string literal, std::string, std::string_view
-// and what converts to one of these, but for the literal nullptr.
+// Whether a value of this type is text that can be looked up: const char*, a string literal, std::string,
+// std::string_view and what converts to one of these, but for the literal nullptr.
 template <class Value>
 inline constexpr bool XelIsKeyText =
     !std::is_same_v<Value, std::nullptr_t> &&
     (std::is_convertible_v<const Value&, const char*> || std::is_convertible_v<const Value&, std::string_view>);
 
-// A value of a key as the zero-terminated text that lookups take. Texts are taken as they are, and end at their first byte 0
-// as they do in a file; integers are written in decimal digits, exactly: the key field must hold the same text, such as 7
-// and not 07 or 7.0. Only a string_view is copied, into memory of the environment. The value must outlive this object.
+// A value of a key as the zero-terminated text that lookups take. Texts are taken as they are, and end at their first
+// byte 0 as they do in a file; integers are written in decimal digits, exactly: the key field must hold the same text,
+// such as 7 and not 07 or 7.0. Only a string_view is copied, into memory of the environment. The value must outlive
+// this object.
 class XelKeyValue {
  public:
   // Throws std::bad_alloc where the value is copied, and nothing else.
@@ -399,9 +400,9 @@ class XelComfortI {
   }
 };
 
-// The line whose key columns hold the values: getLineByKey without the count, for values that are const char*, std::string,
-// std::string_view or integers, mixed as you like (see XelKeyValue). At least as many as there are key columns, in their
-// order; more are not looked at. Throws what getLineByKey throws.
+// The line whose key columns hold the values: getLineByKey without the count, for values that are const char*,
+// std::string, std::string_view or integers, mixed as you like (see XelKeyValue). At least as many as there are key
+// columns, in their order; more are not looked at. Throws what getLineByKey throws.
 //
 // The line belongs to the handle that is given, or to that of the guard, and lives until its next lookup; a handle that
 // nobody keeps is refused. Costs what getLineByKey costs.
@@ -416,9 +417,10 @@ XelCsvLine XelGetLine(XelCsvReader& reader, const Values&... values) {
   return XelComfortI::get(reader, values...);
 }
 
-// The same, and no line instead of an exception where the table has none with this key. All else is thrown as ever, by the
-// same classes: fewer values than key columns and a null value (these two are XelLineNotFoundException as well), a file of
-// the other kind, a corrupted file, one that cannot be opened, exhausted memory. The former last line has ended then too.
+// The same, and no line instead of an exception where the table has none with this key. All else is thrown as ever, by
+// the same classes: fewer values than key columns and a null value (these two are XelLineNotFoundException as well), a
+// file of the other kind, a corrupted file, one that cannot be opened, exhausted memory. The former last line has ended
+// then too.
 //
 // None costs a throw and its catch beside the lookup.
 template <class... Values>
@@ -433,8 +435,8 @@ template <class... Values>
 }
 
 // The data line with this number, counted from 0, as by getLineByNumber, and no line where that throws
-// XelLineNotFoundException. A table without an index answers past its end what getLineByNumber answers there, which may be a
-// line; its number of lines is getNumberOfItems(). All other exceptions come through.
+// XelLineNotFoundException. A table without an index answers past its end what getLineByNumber answers there, which may
+// be a line; its number of lines is getNumberOfItems(). All other exceptions come through.
 [[nodiscard]] inline std::optional<XelCsvLine> XelFindLineByNumber(XelCsvTableReader& table, long number) {
   return XelComfortI::findByNumber(table, number);
 }
@@ -444,9 +446,9 @@ template <class... Values>
   return XelComfortI::findByNumber(reader, number);
 }
 
-// The table of this name, a text as XelKeyValue takes it, in a guard that ends it; none where the file has no such table.
-// The reader must outlive it. All other exceptions of getTableByName come through, and also the one of a name that is
-// null.
+// The table of this name, a text as XelKeyValue takes it, in a guard that ends it; none where the file has no such
+// table. The reader must outlive it. All other exceptions of getTableByName come through, and also the one of a name
+// that is null.
 template <class Name>
 [[nodiscard]] std::optional<XelScoped<XelCsvTableReader>> XelFindTable(XelCsvReader& reader, const Name& name) {
   static_assert(XelIsKeyText<Name>, "the name of a table is a text; XelFindTableByNumber takes numbers");
