@@ -20,7 +20,7 @@ long countFoodsPlain() {
     foods.end();
     reader.end();
   } catch (...) {
-    env.end();  // brings back what the lines above did not come to end
+    env.end();  // brings back what the lines above did not get to end
     throw;
   }
   env.end();
