@@ -1,5 +1,5 @@
 // Reads numbers that the getters do not know: fractions, per cent, marks between thousands; and none that is wrong. A field
-// is had as text, and a class of one's own, around a line, makes numbers of it. (What is behind a line is hidden by the
+// is read as text, and a class of one's own around a line makes numbers of it. (What is behind a line is hidden by the
 // library, so there is no deriving from it.)
 #include <xelcsv/XelCsvComfort.h>
 
