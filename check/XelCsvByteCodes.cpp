@@ -95,7 +95,8 @@ void XelDescribeByteCodes(XelCsvCatalogue& catalogue) {
                  "last line without line feed",
                  "The file ends with a line that no line feed ends: it may have been cut off.",
                  "The line is read like any other. A heading or key line in this place is read as a line of data too, "
-                 "and a table that is not cached gives its last line again for every number behind it.",
+                 "and a table that is not cached gives its last line, cut to its first field, for every number behind "
+                 "it.",
                  "End the last line with a line feed, and look whether lines are missing.",
                  {"a", one},
                  {"a\n", one}});

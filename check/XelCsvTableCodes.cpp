@@ -28,7 +28,8 @@ void XelDescribeTableCodes(XelCsvCatalogue& catalogue) {
        "In a file of several tables each line begins with the name of its table, and this one with an empty or "
        "blank field, or with a bar.",
        "The line belongs to no table and is not read. Between two lines of one table, without table splitting, "
-       "it reads without a word as a line of that table.",
+       "it reads without a word as a line of that table. With a bar it belongs to a table whose name is empty, "
+       "where it does not stand in front of the first table.",
        "Write the table's name in front, or read the file as one table.",
        {",1\nStock,2\n", many},
        {"Stock,1\nStock,2\n", many}});
