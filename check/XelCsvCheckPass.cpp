@@ -33,6 +33,8 @@ void XelCsvCheckPass::run(const XelCsvProgress& progress) {
       if (!progress(told)) findings.stop();
     }
   }
+  // Half a file that reads well is no clean file.
+  if (lines.hasFailed()) XelThrowOpenError(lines.getReadError(), context.fileName.c_str());
   XelCsvCheckResult& result = findings.getResult();
   result.bytes = lines.getOffset();
   result.lines = line.number + 1;

@@ -107,6 +107,7 @@ void XelThrowOpenError(int error, const char* fileName) {
 int XelCsvFile::open(const char* fileName, const char* mode) noexcept {
   close();
   failed = isOver = false;
+  readError = 0;
   errno = 0;
   stream = std::fopen(fileName, mode);
   const int error = errno;
@@ -145,7 +146,10 @@ long XelCsvFile::read(char* to, long size) noexcept {
     const bool isAtEnd = std::feof(stream) != 0;
     isOver = isAtEnd || count == 0 || std::ferror(stream) != 0;
     if (!isOver) continue;
-    if (!isAtEnd) failed = true;
+    if (!isAtEnd) {
+      failed = true;
+      readError = errno;
+    }
     break;
   }
   return done;

@@ -49,8 +49,12 @@ class XelCsvFile {
   // Whether a read failed, and not for the end of the file.
   bool hasFailed() const noexcept { return failed; }
 
+  // What errno was when the last read failed that failed; 0 when none did.
+  int getReadError() const noexcept { return readError; }
+
  private:
   std::FILE* stream = nullptr;
   bool failed = false;
+  int readError = 0;
   bool isOver = false;  // the last read met the end or failed
 };

@@ -43,6 +43,10 @@ class XelCsvLines : public XelEnvResident {
   // A read error ends the file too. Throws std::bad_alloc.
   bool read();
 
+  // Whether a read error ended the file, and what errno was then.
+  bool hasFailed() const noexcept { return file.hasFailed(); }
+  int getReadError() const noexcept { return file.getReadError(); }
+
   // Reads on to the next line that is neither a comment nor empty: false when the file ends before. As long as the end
   // was not met, each try adds 1 to lineNumber and stores the offset of the line tried in offset. When the end has been
   // met, by a last line without line feed for example, nothing changes. Throws

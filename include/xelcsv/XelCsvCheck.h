@@ -101,7 +101,8 @@ class XelCsvCheck {
   XelCsvCheck(XelEnv env, std::string fileName, XelCsvCheckParameters parameters = {}, XelCsvCheckOptions options = {});
 
   // Reads the file and reports what it finds. May be run again. report must hold a function; progress may be empty.
-  // Throws XelFileNotFoundException when the file cannot be opened, std::bad_alloc, and whatever the functions throw.
+  // Throws XelFileNotFoundException when the file cannot be opened or read, a folder for example; std::bad_alloc; and
+  // whatever the functions throw.
   XelCsvCheckResult run(const XelCsvReport& report, const XelCsvProgress& progress = {}) const;
 
   // All findings at once, which are the caller's: for files that are small or clean. Throws as run() does.

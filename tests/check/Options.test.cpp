@@ -175,6 +175,18 @@ TEST(Check, RefusesWhatTheReaderRefuses) {
   EXPECT_XEL_THROW(XelCsvCheck(env, file.getName()), XelCsvReader::XelFileNotFoundException, textOfMissing(file));
 }
 
+TEST(Check, AFolderIsNoCleanFile) {
+  TestEnv env;
+  const std::string text =
+      "While trying to open file . : The named file is a directory and mode requires write access.";
+  EXPECT_XEL_THROW(XelCsvReader(env, "."), XelCsvReader::XelFileNotFoundException, text);
+  const XelCsvCheck check(env, ".");
+  EXPECT_XEL_THROW(check.collect(), XelCsvReader::XelFileNotFoundException, text);
+  XelCsvCheckParameters parameters;
+  parameters.isMultiTable = true;
+  EXPECT_XEL_THROW(XelCsvCheck(env, ".", parameters).collect(), XelCsvReader::XelFileNotFoundException, text);
+}
+
 TEST(Check, LooksForNoSplitTablesInAOneTableFile) {
   XelCsvCheckParameters parameters = oneTable();
   parameters.allowTableSplitting = true;
