@@ -217,7 +217,7 @@ void XelCsvHeadingChecks::reportEmptyHeading(const XelCsvCheckedTable& table, co
   if (!context.findings.takes(XelCsvCode::EmptyHeading, table.name)) return;
   context.findings.report(XelCsvCode::EmptyHeading, XelPlaceOf(line, place),
                           "the column at position " + std::to_string(column) +
-                              " has an empty heading: its values are read by position only");
+                              " has an empty heading: its values are read by position, or by \"\" as their heading");
 }
 
 void XelCsvHeadingChecks::reportDuplicateHeading(const XelCsvCheckedTable& table, const XelCsvCheckedLine& line,

@@ -45,7 +45,7 @@ void XelDescribeHeadingCodes(XelCsvCatalogue& catalogue) {
                  XelCsvSeverity::Warning,
                  "column without heading",
                  "A heading line has an empty field, perhaps because it ends with a separator.",
-                 "The column is read by position only.",
+                 "The column is read by its position, or by the empty text as its heading.",
                  "Name the column, or remove the separator at the end of the line.",
                  {"|NAMES,a,\n1,2\n", one},
                  {"|NAMES,a,b\n1,2\n", one}});

@@ -81,16 +81,18 @@ void XelDescribeTableCodes(XelCsvCatalogue& catalogue) {
                  {"Stock,1\nXELO_CSV_FORMAT,1\n", many},
                  {"XELO_CSV_FORMAT,1\nStock,1\n", many}});
 
-  catalogue.set(XelCsvCode::MissingDirectivesField,
-                {"missing-directives-field",
-                 XelCsvSeverity::Error,
-                 "reserved table without one of its fields",
-                 "The first line of XELO_CSV_FORMAT holds the version of the format, that of XELO_DATA_SCHEMA what "
-                 "requires the data and the version of the data; one of them is missing.",
-                 "getCsvFormat(), or getRequiredBy() and getFileVersion(), throw XelFieldNotFoundException.",
-                 "Add the field, or remove the line.",
-                 {"XELO_DATA_SCHEMA,planner\n", many},
-                 {"XELO_DATA_SCHEMA,planner,1\n", many}});
+  catalogue.set(
+      XelCsvCode::MissingDirectivesField,
+      {"missing-directives-field",
+       XelCsvSeverity::Error,
+       "reserved table without one of its fields",
+       "The first line of XELO_CSV_FORMAT holds the version of the format, that of XELO_DATA_SCHEMA what "
+       "requires the data and the version of the data; one of them is missing.",
+       "getCsvFormat(), or getRequiredBy() and getFileVersion(), throw XelFieldNotFoundException; where the version "
+       "of the data is missing, only the first of these calls, and the version is 0 from then on.",
+       "Add the field, or remove the line.",
+       {"XELO_DATA_SCHEMA,planner\n", many},
+       {"XELO_DATA_SCHEMA,planner,1\n", many}});
 
   catalogue.set(
       XelCsvCode::EmptyTable,

@@ -97,9 +97,11 @@ TEST(DuplicateHeading, OfWhichTheLeftmostIsFound) {
 
 TEST(EmptyHeading, IsToldOnceInALine) {
   CheckedFile file("|NAMES,,b, \n1,2,3\n", oneTable());
-  EXPECT_EQ(file.show(),
-            "1:8 warning empty-heading: the column at position 0 has an empty heading: its values are read by position "
-            "only\n");
+  EXPECT_EQ(
+      file.show(),
+      "1:8 warning empty-heading: the column at position 0 has an empty heading: its values are read by position, "
+      "or by \"\" as their heading\n");
+  EXPECT_EQ(file.read().getPosition(""), 0);
 }
 
 TEST(BlankAroundName, IsTrimmedWhereItIsSpaces) {
