@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cfenv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -12,6 +11,7 @@
 #include <string>
 
 #include "tests/support/DecimalPoint.h"
+#include "tests/support/RoundingDirection.h"
 #include "xelcsv/XelEnv.h"
 
 namespace {
@@ -159,18 +159,6 @@ void expectEveryBitOfStrtod(const std::string& text) {
   ASSERT_TRUE(isSame(value, expected)) << '"' << text << "\" is " << value << " and not " << expected;
 }
 
-// The direction in which floats are rounded, until the end of the scope.
-class Rounding {
- public:
-  explicit Rounding(int direction) : former(std::fegetround()) { std::fesetround(direction); }
-  ~Rounding() { std::fesetround(former); }
-  Rounding(const Rounding&) = delete;
-  Rounding& operator=(const Rounding&) = delete;
-
- private:
-  int former;
-};
-
 }  // namespace
 
 TEST(ParseFloat, HasEveryBitOfStrtodWhereDigitsAndExponentsBecomeTooManyForOneStep) {
@@ -292,8 +280,8 @@ TEST(ParseFloat, HasEveryBitOfStrtodOnRandomNumbers) {
 }
 
 TEST(ParseFloat, RoundsAsStrtodDoesInWhateverDirectionTheProcessRounds) {
-  for (const int direction : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-    const Rounding rounding(direction);
+  for (const int direction : listRoundingDirections()) {
+    const RoundingDirection rounding(direction);
     std::mt19937 random = seedWith(36);
     for (int round = 0; round < 50000; ++round) expectEveryBitOfStrtod(makeNumber(random, 8));
   }

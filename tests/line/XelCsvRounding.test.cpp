@@ -2,31 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "csv/line/XelCsvNumbers.h"
 #include "tests/support/DecimalPoint.h"
+#include "tests/support/RoundingDirection.h"
 
 namespace {
 
 constexpr std::uint64_t Greatest = 9999999999999999999U;  // 19 digits
-
-// The process rounds in another direction until the end of the scope.
-class RoundingDirection {
- public:
-  explicit RoundingDirection(int direction) : former(std::fegetround()) { std::fesetround(direction); }
-  ~RoundingDirection() { std::fesetround(former); }
-  RoundingDirection(const RoundingDirection&) = delete;
-  RoundingDirection& operator=(const RoundingDirection&) = delete;
-
- private:
-  int former;
-};
 
 bool hasSameBits(double left, double right) { return std::memcmp(&left, &right, sizeof left) == 0; }
 
@@ -53,15 +42,14 @@ void expectWhatStrtodGives(std::uint64_t mantissa, bool isNegative, long exponen
   ASSERT_TRUE(hasSameBits(XelParseFloat(plain.c_str()), expected)) << plain;
 }
 
-constexpr int Directions[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
-
 }  // namespace
 
 TEST(Rounding, IsThatOfStrtodForRandomNumbersOfUpTo19DigitsInEveryDirection) {
   const DecimalPoint point;
+  const std::vector<int> directions = listRoundingDirections();
   std::mt19937_64 random(2053);
-  for (int round = 0; round < 200000; ++round) {
-    const RoundingDirection direction(Directions[round % 4]);
+  for (std::size_t round = 0; round < 200000; ++round) {
+    const RoundingDirection direction(directions[round % directions.size()]);
     const std::uint64_t range = random() % 4 == 0 ? std::uint64_t{1} << (random() % 63 + 1) : Greatest;
     const std::uint64_t mantissa = 1 + random() % range;
     const long exponent = static_cast<long>(random() % (2 * XelMostPowersOfTen + 1)) - XelMostPowersOfTen;
@@ -73,9 +61,10 @@ TEST(Rounding, IsThatOfStrtodForRandomNumbersOfUpTo19DigitsInEveryDirection) {
 // Halfway between two doubles, and the least that can be told from it on either side.
 TEST(Rounding, IsThatOfStrtodAroundTheMiddleOfTwoDoubles) {
   const DecimalPoint point;
+  const std::vector<int> directions = listRoundingDirections();
   std::mt19937_64 random(54);
-  for (int round = 0; round < 40000; ++round) {
-    const RoundingDirection direction(Directions[round % 4]);
+  for (std::size_t round = 0; round < 40000; ++round) {
+    const RoundingDirection direction(directions[round % directions.size()]);
     // Of doubles with this many bits in front of the point: an odd number of halves, quarters, ... of their last place.
     const std::uint64_t bits = (std::uint64_t{1} << 52U) + random() % (std::uint64_t{1} << 52U);
     const std::uint64_t middle = 2 * bits + 1;
@@ -102,7 +91,7 @@ TEST(Rounding, IsThatOfStrtodAroundTheMiddleOfTwoDoubles) {
 
 TEST(Rounding, IsThatOfStrtodForTheLeastAndTheGreatestNumbersOfEachLengthAndExponent) {
   const DecimalPoint point;
-  for (const int direction : Directions) {
+  for (const int direction : listRoundingDirections()) {
     const RoundingDirection taken(direction);
     constexpr long Most = XelMostPowersOfTen + 5;
     for (long exponent = -Most; exponent <= Most; ++exponent) {
