@@ -93,6 +93,8 @@ void XelCsvByteChecks::checkStart(const XelCsvCheckedLine& line) {
   if (!beginsWith(text, ByteOrderMark)) return;
   const XelCsvSpan field = XelFirstField(text.begin, text.end, context.format);
   const char* const name = text.begin + ByteOrderMark.size();
+  // A byte of the mark that the parameters make a separator is one, and no surprise.
+  if (field.end < name) return;
   const bool isComment = name != field.end && *name == parameters.comment;
   const bool isHeading = std::memchr(name, '|', static_cast<std::size_t>(field.end - name)) != nullptr;
   const bool isHarmless = !parameters.isMultiTable && isHeading && !isComment;

@@ -40,6 +40,18 @@ TEST(Bom, MakesACommentALineOfData) {
   EXPECT_EQ(file.read().getNumberOfItems(), 2);
 }
 
+TEST(Bom, IsNoneWhereAByteOfItSeparates) {
+  for (const char* separators : {"\xEF", "\xBB", "\xBF"}) {
+    XelCsvCheckParameters parameters = oneTable();
+    parameters.separators = separators;
+    CheckedFile one("\xEF\xBB\xBFStock\n", parameters, only({"bom"}));
+    EXPECT_EQ(one.show(), "");
+    parameters.isMultiTable = true;
+    CheckedFile many("\xEF\xBB\xBFStock\n", parameters, only({"bom"}));
+    EXPECT_EQ(many.show(), "");
+  }
+}
+
 TEST(Utf16, ReadsOneLetterOfALine) {
   const std::string text(
       "\xFF\xFE"
