@@ -154,9 +154,9 @@ void XelCsvColumnChecks::reportMismatch(const XelCsvCheckedTable& table, const X
   const XelCsvCheckedLine line = again.read(column.firstMismatch);
   const XelCsvSpan place = XelRawField(line.text, context.format, position);
   const char decimal = context.parameters.decimal;
-  std::string message = XelQuoted(place) + " in " + table.describeColumn(position) + " is written with '" +
-                        (decimal == '.' ? ',' : '.') + "' where the decimal character is '" + decimal +
-                        "', and reads silently as " + XelShowNumber(formatAgain(line, position));
+  std::string message = XelQuoted(place) + " in " + table.describeColumn(position) + " is written with " +
+                        XelShown(decimal == '.' ? ',' : '.') + " where the decimal character is " + XelShown(decimal) +
+                        ", and reads silently as " + XelShowNumber(formatAgain(line, position));
   if (column.mismatches > 1) message += "; " + XelCounted(column.mismatches, "field") + " of the column in all";
   context.findings.report(XelCsvCode::DecimalMismatch, XelPlaceOf(line, place), std::move(message));
 }

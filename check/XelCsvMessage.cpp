@@ -56,6 +56,18 @@ std::string XelQuoted(std::string_view text) {
   return shown;
 }
 
+std::string XelShown(char character) {
+  std::string shown = "'";
+  const auto value = static_cast<unsigned char>(character);
+  if (value >= FirstPrintable && value < Delete) {
+    shown += character;
+  } else {
+    shown += "\\x";
+    appendHex(shown, character);
+  }
+  return shown + "'";
+}
+
 std::string XelHex(char byte) {
   std::string shown = "0x";
   appendHex(shown, byte);

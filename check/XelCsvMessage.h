@@ -13,6 +13,9 @@ inline std::string XelQuoted(const XelCsvSpan& text) {
   return XelQuoted(std::string_view(text.begin, static_cast<std::size_t>(text.getLength())));
 }
 
+// The character in single quotes; as \xNN when it is a control character or none of ASCII.
+std::string XelShown(char character);
+
 // The byte as 0xNN.
 std::string XelHex(char byte);
 

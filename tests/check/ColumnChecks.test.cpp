@@ -129,6 +129,16 @@ TEST(DecimalMismatch, OfAPointIsReadAsDecimalPoint) {
   EXPECT_EQ(file.read().getLineByNumber(0).getFloatByPosition(0), 1.234);
 }
 
+TEST(DecimalMismatch, ShowsADecimalCharacterThatIsNone) {
+  XelCsvCheckParameters parameters = oneTable();
+  parameters.decimal = '\t';
+  const CheckedFile file("3.5\n4.5\n", parameters);
+  ASSERT_EQ(file.getFindings().size(), 1U);
+  EXPECT_EQ(file.getFindings()[0].message,
+            "\"3.5\" in the column at position 0 is written with '.' where the decimal character is '\\x09', and reads "
+            "silently as 3.5; 2 fields of the column in all");
+}
+
 TEST(DecimalMismatch, IsOfTheFieldThatHasIt) {
   CheckedFile file("2,5;1.5\n3,5;2,5\n", germanNumbers());
   ASSERT_EQ(file.getFindings().size(), 1U);

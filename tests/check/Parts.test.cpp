@@ -57,6 +57,15 @@ TEST(RawField, IsNothingAtTheEndWhereThereIsNone) {
   EXPECT_EQ(field.getLength(), 0);
 }
 
+TEST(Shown, IsACharacterThatNoTerminalActsOn) {
+  EXPECT_EQ(XelShown('.'), "'.'");
+  EXPECT_EQ(XelShown(' '), "' '");
+  EXPECT_EQ(XelShown('~'), "'~'");
+  EXPECT_EQ(XelShown('\t'), "'\\x09'");
+  EXPECT_EQ(XelShown('\x7F'), "'\\x7F'");
+  EXPECT_EQ(XelShown('\xE9'), "'\\xE9'");
+}
+
 TEST(Quoted, ShowsWhatNoTerminalActsOn) {
   EXPECT_EQ(XelQuoted("caf\xC3\xA9"), "\"caf\xC3\xA9\"");
   EXPECT_EQ(XelQuoted(std::string_view("a\0b\x1B[1m\x7F", 8)), "\"a\\x00b\\x1B[1m\\x7F\"");
